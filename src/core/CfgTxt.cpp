@@ -1,0 +1,40 @@
+#include "CfgTxt.h"
+
+#include "Module1.h"
+
+#include <QFile>
+
+namespace stellwyn::core::cfgtxt {
+
+QString firstField(const QString& line) {
+    const QString text = trimBlanks(line);
+    if (text.startsWith(u'"')) {
+        const qsizetype close = text.indexOf(u'"', 1);
+        return close < 0 ? text.mid(1) : text.mid(1, close - 1);
+    }
+    const qsizetype comma = text.indexOf(u',');
+    return trimBlanks(comma < 0 ? text : text.left(comma));
+}
+
+std::optional<QString> readFirstField(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return std::nullopt;
+    }
+    QString line = QString::fromLocal8Bit(file.readLine());
+    while (line.endsWith(u'\n') || line.endsWith(u'\r')) {
+        line.chop(1);
+    }
+    return firstField(line);
+}
+
+bool write(const QString& path, const QString& folder) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+        return false;
+    }
+    const QByteArray bytes = folder.toLocal8Bit() + '\n';
+    return file.write(bytes) == bytes.size();
+}
+
+} // namespace stellwyn::core::cfgtxt

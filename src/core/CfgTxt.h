@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace stellwyn::core {
+
+// cfg.txt holds one line: the data folder. It is read back as one comma-delimited field, so a
+// folder whose name holds a comma is cut there, as it always was.
+namespace cfgtxt {
+
+// The first field of the file, or nothing when the file cannot be opened.
+std::optional<QString> readFirstField(const QString& path);
+// Writes the folder as the file's one line; false on failure.
+bool write(const QString& path, const QString& folder);
+// The first comma-delimited field of a line: blanks around it dropped, quotes honoured.
+QString firstField(const QString& line);
+
+} // namespace cfgtxt
+} // namespace stellwyn::core
