@@ -1,0 +1,118 @@
+#include "core/store/Connection.h"
+
+#include "core/store/ConnectionText.h"
+
+#include <QAtomicInteger>
+#include <QDir>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QUrl>
+
+namespace stellwyn::core {
+
+namespace {
+
+QString uniqueConnectionName() {
+    static QAtomicInteger<quint64> counter;
+    return QStringLiteral("stellwyn-store-%1").arg(counter.fetchAndAddRelaxed(1));
+}
+
+// The database's own words are the useful part; Qt's wrapper text adds only "Unable to ...".
+QString textOf(const QSqlError& error) {
+    const QString fromDatabase = error.databaseText().trimmed();
+    return fromDatabase.isEmpty() ? error.text().trimmed() : fromDatabase;
+}
+
+} // namespace
+
+Connection Connection::open(const QString& connTextOrPath) {
+    const QString path = QDir::cleanPath(dataSourceOf(connTextOrPath));
+    const QString shown = QDir::toNativeSeparators(path);
+    if (path.isEmpty() || !QFileInfo(path).isFile()) {
+        throw DatabaseError(QStringLiteral("Could not find file '%1'.").arg(shown));
+    }
+
+    Connection connection(uniqueConnectionName(), path);
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection.name_);
+    // mode=rw makes SQLite refuse to create the file should it vanish after the test above.
+    QUrl uri = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
+    uri.setQuery(QStringLiteral("mode=rw"));
+    db.setDatabaseName(uri.toString(QUrl::FullyEncoded));
+    db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI"));
+    if (!db.open()) {
+        throw DatabaseError(
+            QStringLiteral("Could not open '%1': %2").arg(shown, textOf(db.lastError())));
+    }
+    // SQLite reads the header only at the first statement, so a file that is no database
+    // would otherwise pass the open and fail later at some unrelated step.
+    connection.run(QStringLiteral("select count(*) from sqlite_master"));
+    return connection;
+}
+
+Connection::Connection(Connection&& other) noexcept
+    : name_(std::exchange(other.name_, QString())), path_(std::move(other.path_)) {}
+
+Connection& Connection::operator=(Connection&& other) noexcept {
+    if (this != &other) {
+        close();
+        name_ = std::exchange(other.name_, QString());
+        path_ = std::move(other.path_);
+    }
+    return *this;
+}
+
+Connection::~Connection() {
+    close();
+}
+
+void Connection::close() {
+    if (name_.isEmpty()) {
+        return;
+    }
+    {
+        QSqlDatabase db = QSqlDatabase::database(name_, false);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name_);
+    name_.clear();
+}
+
+QSqlDatabase Connection::database() const {
+    return QSqlDatabase::database(name_, false);
+}
+
+QSqlQuery Connection::run(const QString& sql, const QVariantList& values) {
+    QSqlQuery query(database());
+    query.setForwardOnly(true);
+    if (!query.prepare(sql)) {
+        throw DatabaseError(textOf(query.lastError()));
+    }
+    for (const QVariant& value : values) {
+        query.addBindValue(value);
+    }
+    if (!query.exec()) {
+        throw DatabaseError(textOf(query.lastError()));
+    }
+    return query;
+}
+
+Transaction::Transaction(Connection& connection) : connection_(connection) {
+    if (!connection_.database().transaction()) {
+        throw DatabaseError(textOf(connection_.database().lastError()));
+    }
+}
+
+Transaction::~Transaction() {
+    if (open_) {
+        connection_.database().rollback();
+    }
+}
+
+void Transaction::commit() {
+    if (!connection_.database().commit()) {
+        throw DatabaseError(textOf(connection_.database().lastError()));
+    }
+    open_ = false;
+}
+
+} // namespace stellwyn::core

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "core/store/Connection.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QVariant>
+#include <optional>
+
+namespace stellwyn::core {
+
+// One kept reading. Reading is null where a row was kept for a scale with no reading yet;
+// Group and TagID are null except on rows read from an SD card. Date is "yyyy-MM-dd", Time
+// "HH:mm:ss".
+struct DataColRow {
+    qint64 id = 0;
+    QString scaleId;
+    QVariant reading;
+    QString date;
+    QString time;
+    QVariant group;
+    QVariant tagId;
+};
+
+// The grid's orders. storeOrder is the first query's, with no order clause: rows as stored.
+// Every order ends on ID so that rows equal in the named fields keep their order of arrival.
+enum class DataColOrder { storeOrder, byId, byDateTime, byScaleId, byReading };
+
+// Stores a reading stamped with the given moment; returns its ID. No reading leaves the field
+// null, as "Save All" does for a scale that has none.
+qint64 insertReading(Connection& connection, const QString& scaleId,
+                     const std::optional<QString>& reading, const QDateTime& at);
+
+// A record of the SD card's log, as its reader hands it over.
+struct ImportedReading {
+    QString scaleId;
+    QString group;
+    QString reading;
+    QString date; // month/day/year
+    QString time; // hour:minute:second, the hour possibly shifted below zero
+    QString tagId;
+};
+
+// Stores the records in their order as one write. A record whose date or time the store
+// cannot take stops the import there: the records before it are kept (as they were kept one by
+// one before), and a DatabaseError names the record. Returns the number stored.
+int insertImportedReadings(Connection& connection, const QList<ImportedReading>& records);
+
+// "Clear List". The ID counter runs on past the deleted rows.
+void deleteAllReadings(Connection& connection);
+qint64 countReadings(Connection& connection);
+QList<DataColRow> readings(Connection& connection, DataColOrder order);
+
+} // namespace stellwyn::core

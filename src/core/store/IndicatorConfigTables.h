@@ -1,0 +1,27 @@
+#pragma once
+
+#include "core/store/Connection.h"
+
+#include <QString>
+
+namespace stellwyn::core {
+
+// groups: one stored group setup per scale, keyed by IDnum.
+bool groupsEmpty(Connection& connection);
+// Whether a row with that IDnum exists.
+bool groupExists(Connection& connection, qint64 idnum);
+// Sets the description of the first row with that IDnum, adding the row when there is none.
+// Returns true when it added one.
+bool saveGroupDescription(Connection& connection, qint64 idnum, const QString& description);
+
+// The tables that hold one record: the default group setup, the output configuration in
+// transfer, and the default output configuration.
+enum class OneRecordTable { defaultgroups, ocxfer, defaultoutputs };
+
+bool hasFirstRow(Connection& connection, OneRecordTable table);
+// Adds the record when the table is empty ("save"); returns true when it added one.
+bool ensureFirstRow(Connection& connection, OneRecordTable table);
+// A read that needs the record: an empty table is a DatabaseError.
+void requireFirstRow(Connection& connection, OneRecordTable table);
+
+} // namespace stellwyn::core
