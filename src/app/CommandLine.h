@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace stellwyn::app {
+
+struct CommandLine {
+    QString home;
+    bool createDatabase = false;
+    bool unattended = false;
+    bool answerYes = false;
+};
+
+// Parses the arguments (without the program name). On a bad argument returns nothing and sets
+// `error`; --help and --version are answered by the caller through `helpText` and `wants*`.
+struct ParsedCommandLine {
+    std::optional<CommandLine> options;
+    QString error;
+    bool wantsHelp = false;
+    bool wantsVersion = false;
+};
+
+ParsedCommandLine parseCommandLine(const QStringList& arguments);
+QString helpText();
+
+} // namespace stellwyn::app

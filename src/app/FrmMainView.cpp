@@ -1,0 +1,141 @@
+#include "FrmMainView.h"
+
+#include "FrmMain.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QStyle>
+#include <QTimer>
+#include <QToolBar>
+
+namespace stellwyn::app {
+
+namespace {
+constexpr double twipsPerInch = 1440.0;
+
+// A recognisable picture for each toolbar button, taken from the desktop theme when it has
+// one and from the style otherwise.
+QIcon toolbarIcon(const QString& button, const QStyle* style) {
+    static const QHash<QString, QString> themeNames = {
+        {QStringLiteral("New"), QStringLiteral("document-new")},
+        {QStringLiteral("Open"), QStringLiteral("document-open")},
+        {QStringLiteral("Save"), QStringLiteral("document-save")},
+        {QStringLiteral("Print"), QStringLiteral("document-print")},
+        {QStringLiteral("Cut"), QStringLiteral("edit-cut")},
+        {QStringLiteral("Copy"), QStringLiteral("edit-copy")},
+        {QStringLiteral("Paste"), QStringLiteral("edit-paste")},
+        {QStringLiteral("Bold"), QStringLiteral("format-text-bold")},
+        {QStringLiteral("Italic"), QStringLiteral("format-text-italic")},
+        {QStringLiteral("Underline"), QStringLiteral("format-text-underline")},
+        {QStringLiteral("Left"), QStringLiteral("format-justify-left")},
+        {QStringLiteral("Center"), QStringLiteral("format-justify-center")},
+        {QStringLiteral("Right"), QStringLiteral("format-justify-right")},
+    };
+    QIcon icon = QIcon::fromTheme(themeNames.value(button));
+    if (icon.isNull() && button == QStringLiteral("Open")) {
+        icon = style->standardIcon(QStyle::SP_DialogOpenButton);
+    } else if (icon.isNull() && button == QStringLiteral("Save")) {
+        icon = style->standardIcon(QStyle::SP_DialogSaveButton);
+    } else if (icon.isNull() && button == QStringLiteral("New")) {
+        icon = style->standardIcon(QStyle::SP_FileIcon);
+    }
+    return icon;
+}
+} // namespace
+
+FrmMainView::FrmMainView(FrmMain& logic, QWidget* parent)
+    : QMainWindow(parent), logic_(logic), area_(new QMdiArea(this)) {
+    setWindowTitle(FrmMain::caption());
+    setObjectName(QStringLiteral("frmMain"));
+    area_->setBackground(palette().dark());
+    setCentralWidget(area_);
+    buildMenus();
+    buildToolBar();
+    buildStatusBar();
+}
+
+void FrmMainView::buildMenus() {
+    QMenuBar* bar = menuBar();
+    QAction* mArs = bar->addAction(FrmMain::m_arsCaption());
+    mArs->setObjectName(QStringLiteral("m_ars"));
+    connect(mArs, &QAction::triggered, &logic_, &FrmMain::m_ars_Click);
+    QAction* setups = bar->addAction(FrmMain::mnu_setupsCaption());
+    setups->setObjectName(QStringLiteral("mnu_setups"));
+    connect(setups, &QAction::triggered, &logic_, &FrmMain::mnu_setups_Click);
+    QAction* about = bar->addAction(FrmMain::mnuHelpAboutCaption());
+    about->setObjectName(QStringLiteral("mnuHelpAbout"));
+    connect(about, &QAction::triggered, &logic_, &FrmMain::mnuHelpAbout_Click);
+    QAction* exitAction = bar->addAction(FrmMain::m_exitCaption());
+    exitAction->setObjectName(QStringLiteral("m_exit"));
+    connect(exitAction, &QAction::triggered, &logic_, &FrmMain::m_exit_Click);
+}
+
+void FrmMainView::buildToolBar() {
+    auto* toolbar = addToolBar(QStringLiteral("tbToolBar"));
+    toolbar->setObjectName(QStringLiteral("tbToolBar"));
+    toolbar->setMovable(false);
+    toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    const QStringList buttons = FrmMain::toolbarButtons();
+    for (int i = 0; i < buttons.size(); ++i) {
+        if (i == 4 || i == 7 || i == 10) {
+            toolbar->addSeparator();
+        }
+        QAction* action = toolbar->addAction(toolbarIcon(buttons[i], style()), buttons[i]);
+        connect(action, &QAction::triggered, &logic_, [this, i] { logic_.tbToolBar_ButtonClick(i); });
+    }
+}
+
+void FrmMainView::buildStatusBar() {
+    QStatusBar* bar = statusBar();
+    bar->setObjectName(QStringLiteral("sbStatusBar"));
+    auto* status = new QLabel(FrmMain::statusPanelText(), bar);
+    datePanel_ = new QLabel(bar);
+    timePanel_ = new QLabel(bar);
+    bar->addWidget(status, 1);
+    bar->addPermanentWidget(datePanel_);
+    bar->addPermanentWidget(timePanel_);
+    // The date and time panels show the system clock by themselves.
+    auto* tick = new QTimer(this);
+    connect(tick, &QTimer::timeout, this, &FrmMainView::refreshClock);
+    tick->start(1000);
+    refreshClock();
+}
+
+void FrmMainView::refreshClock() {
+    const QDateTime now = QDateTime::currentDateTime();
+    datePanel_->setText(QLocale().toString(now.date(), QLocale::ShortFormat));
+    timePanel_->setText(QLocale().toString(now.time(), QLocale::ShortFormat));
+}
+
+int FrmMainView::toPixels(int twips, bool horizontal) const {
+    const int dpi = horizontal ? logicalDpiX() : logicalDpiY();
+    return qRound(twips * dpi / twipsPerInch);
+}
+
+int FrmMainView::toTwips(int pixels, bool horizontal) const {
+    const int dpi = horizontal ? logicalDpiX() : logicalDpiY();
+    return qRound(pixels * twipsPerInch / dpi);
+}
+
+void FrmMainView::applyPlace() {
+    resize(toPixels(logic_.width(), true), toPixels(logic_.height(), false));
+    move(toPixels(logic_.left(), true), toPixels(logic_.top(), false));
+}
+
+void FrmMainView::closeEvent(QCloseEvent* event) {
+    const bool minimized = isMinimized();
+    if (!minimized) {
+        const QRect frame = frameGeometry();
+        logic_.setPlace(toTwips(frame.x(), true), toTwips(frame.y(), false),
+                        toTwips(width(), true), toTwips(height(), false));
+    }
+    logic_.MDIForm_Unload(minimized);
+    event->accept();
+}
+
+} // namespace stellwyn::app

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QMainWindow>
+
+class QMdiArea;
+class QLabel;
+
+namespace stellwyn::app {
+
+class FrmMain;
+
+// The multi-document frame. The main screen, the slaves and Setup open inside its area.
+class FrmMainView : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit FrmMainView(FrmMain& logic, QWidget* parent = nullptr);
+
+    QMdiArea* mdiArea() const { return area_; }
+    // Applies the logic's place, in twips, to the window.
+    void applyPlace();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void buildMenus();
+    void buildToolBar();
+    void buildStatusBar();
+    void refreshClock();
+    int toPixels(int twips, bool horizontal) const;
+    int toTwips(int pixels, bool horizontal) const;
+
+    FrmMain& logic_;
+    QMdiArea* area_;
+    QLabel* datePanel_ = nullptr;
+    QLabel* timePanel_ = nullptr;
+};
+
+} // namespace stellwyn::app

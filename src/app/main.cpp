@@ -1,0 +1,161 @@
+// The composition root: builds the one Module1, the dialogs, the settings store and the frame,
+// hands them to each part, and runs the start-up.
+#include "CommandLine.h"
+#include "FrmAboutView.h"
+#include "FrmMain.h"
+#include "FrmMainView.h"
+#include "Main.h"
+#include "StellwynApplication.h"
+#include "Version.h"
+
+#include "core/AppHome.h"
+#include "core/Dialogs.h"
+#include "core/FatalError.h"
+#include "core/GetdatapathView.h"
+#include "core/LoadSettings.h"
+#include "core/Module1.h"
+#include "core/SettingsStore.h"
+#include "core/WidgetDialogsView.h"
+#include "core/store/CreateDatabase.h"
+
+#include <cstdio>
+#include <memory>
+
+using namespace stellwyn;
+
+namespace {
+
+void printLine(FILE* stream, const QString& text) {
+    std::fprintf(stream, "%s\n", qPrintable(text));
+}
+
+int createDatabase(const core::AppHome& home) {
+    const core::CreateDatabaseResult result = core::createDatabase(home.folder());
+    for (const QString& path : result.created) {
+        printLine(stdout, QStringLiteral("created %1").arg(core::displayPath(path)));
+    }
+    for (const QString& path : result.leftAlone) {
+        printLine(stdout,
+                  QStringLiteral("%1 already exists; it was left as it was").arg(core::displayPath(path)));
+    }
+    return 0;
+}
+
+// Unattended, standard error carries the program's own messages one a line, for scripts to
+// read; the toolkit's notes about the desktop it runs on would only get in their way.
+void quietToolkitNotes(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtCriticalMsg || type == QtFatalMsg) {
+        printLine(stderr, QStringLiteral("qt: ") + text);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    const QString version =
+        QStringLiteral("%1.%2.%3").arg(versionMajor).arg(versionMinor).arg(versionRevision);
+
+    // Options are settled before any toolkit starts, so that --help, --version and a bad
+    // option need no display.
+    const app::ParsedCommandLine parsed = app::parseCommandLine(arguments);
+    if (parsed.wantsHelp) {
+        std::fputs(qPrintable(app::helpText()), stdout);
+        return 0;
+    }
+    if (parsed.wantsVersion) {
+        printLine(stdout, QStringLiteral("stellwyn ") + version);
+        return 0;
+    }
+    if (!parsed.options) {
+        printLine(stderr, QStringLiteral("stellwyn: ") + parsed.error);
+        return 2;
+    }
+    const app::CommandLine& options = *parsed.options;
+
+    const core::AppHome home(core::AppHome::resolve(options.home));
+    if (!home.ensureExists()) {
+        printLine(stderr, QStringLiteral("stellwyn: cannot make the application home %1")
+                              .arg(core::displayPath(home.folder())));
+        return 1;
+    }
+
+    if (options.createDatabase) {
+        QCoreApplication tool(argc, argv);
+        try {
+            return createDatabase(home);
+        } catch (const core::FatalError& error) {
+            printLine(stderr, QStringLiteral("stellwyn: ") + error.text());
+            return 1;
+        }
+    }
+
+    if (options.unattended) {
+        qInstallMessageHandler(quietToolkitNotes);
+        // Unattended runs need no display at all.
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        }
+    }
+    app::StellwynApplication application(argc, argv);
+    QApplication::setApplicationName(app::FrmMain::caption());
+    QApplication::setApplicationVersion(version);
+
+    std::unique_ptr<core::Dialogs> dialogs;
+    core::WidgetDialogs* widgetDialogs = nullptr;
+    if (options.unattended) {
+        dialogs = std::make_unique<core::UnattendedDialogs>(options.answerYes);
+    } else {
+        auto owned = std::make_unique<core::WidgetDialogs>();
+        widgetDialogs = owned.get();
+        dialogs = std::move(owned);
+    }
+    application.setFatalHandler([&dialogs](const QString& text) { dialogs->fatal(text); });
+
+    core::Module1 m;
+    core::SettingsStore settings(home.file(QStringLiteral("stellwyn.ini")));
+
+    app::FrmMain frame(m, *dialogs, settings);
+    std::unique_ptr<app::FrmMainView> frameView;
+    frame.loadsettings = [&m] { core::loadsettings(m); };
+    frame.endProcess = [] { QCoreApplication::exit(0); };
+    QObject::connect(&frame, &app::FrmMain::showAbout, [&] {
+        app::FrmAboutView about(*dialogs, frameView.get());
+        about.exec();
+    });
+
+    app::Main start(m, *dialogs, home);
+    start.loadFrame = [&] {
+        frameView = std::make_unique<app::FrmMainView>(frame);
+        frame.MDIForm_Load();
+        frameView->applyPlace();
+        if (widgetDialogs != nullptr) {
+            widgetDialogs->setOwner(frameView.get());
+        }
+    };
+    start.showFrame = [&] { frameView->show(); };
+    start.showGetdatapath = [&](core::Getdatapath& chooser) {
+        core::GetdatapathView view(chooser, frameView.get());
+        view.exec();
+    };
+    start.loadsettings = [&m] { core::loadsettings(m); };
+
+    int status = 0;
+    try {
+        if (!start.run()) {
+            return 0;
+        }
+        status = QApplication::exec();
+    } catch (const core::FatalError& error) {
+        application.fatal(error.text());
+    }
+    frame.MDIForm_Terminate();
+    if (widgetDialogs != nullptr) {
+        widgetDialogs->setOwner(nullptr);
+    }
+    frameView.reset();
+    return status;
+}

@@ -1,0 +1,142 @@
+// The real program as a script would run it: unattended messages on standard error in order,
+// the exit status of a fatal error, the database made on request, one instance per home.
+#include "TempHome.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QProcess>
+#include <QTest>
+
+using stellwyn::testsupport::TempHome;
+
+namespace {
+
+QString program() { return qEnvironmentVariable("STELLWYN_BIN_DIR") + QStringLiteral("/stellwyn"); }
+
+struct Run {
+    int status = -1;
+    QStringList errLines;
+    QString out;
+};
+
+Run runStellwyn(const QStringList& arguments) {
+    QProcess p;
+    p.start(program(), arguments);
+    if (!p.waitForFinished(60000)) {
+        p.kill();
+        p.waitForFinished();
+    }
+    Run r;
+    r.status = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    r.errLines = QString::fromLocal8Bit(p.readAllStandardError()).split(u'\n', Qt::SkipEmptyParts);
+    r.out = QString::fromLocal8Bit(p.readAllStandardOutput());
+    return r;
+}
+
+QByteArray digest(const QString& path) {
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return QCryptographicHash::hash(f.readAll(), QCryptographicHash::Sha256);
+}
+
+} // namespace
+
+class Process : public QObject {
+    Q_OBJECT
+private slots:
+    void unattended_firstStart_messagesInOrderThenFatal();
+    void createDatabase_makesBothFilesAndNeverOverwrites();
+    void secondInstance_refusedWhileFirstRuns();
+    void badOption_saysSoAndFails();
+};
+
+void Process::unattended_firstStart_messagesInOrderThenFatal() {
+    TempHome home;
+    const Run r = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
+    const QString svdata = QDir::toNativeSeparators(home.file(QStringLiteral("svdata.mdb")));
+    QCOMPARE(r.status, 1);
+    QCOMPARE(r.errLines.size(), 3);
+    QCOMPARE(r.errLines[0], QStringLiteral("message: Could not open ") + svdata);
+    QCOMPARE(r.errLines[1],
+             QStringLiteral("message: The datafile SVDATA.MDB was not found at the configured "
+                            "datapath. Please press OK and select one now"));
+    QVERIFY2(r.errLines[2].startsWith(QStringLiteral("fatal: ")), qPrintable(r.errLines[2]));
+    QVERIFY2(r.errLines[2].contains(svdata), qPrintable(r.errLines[2]));
+    QCOMPARE(home.read(QStringLiteral("cfg.txt")), home.path().toLocal8Bit() + '\n');
+}
+
+void Process::createDatabase_makesBothFilesAndNeverOverwrites() {
+    TempHome home;
+    Run r = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")});
+    QCOMPARE(r.status, 0);
+    QVERIFY(home.exists(QStringLiteral("svdata.mdb")));
+    QVERIFY(home.exists(QStringLiteral("sccfg.mdb")));
+
+    const QByteArray before = digest(home.file(QStringLiteral("svdata.mdb")));
+    r = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")});
+    QCOMPARE(r.status, 0);
+    QVERIFY(r.out.contains(QStringLiteral("already exists")));
+    QCOMPARE(digest(home.file(QStringLiteral("svdata.mdb"))), before);
+
+    // The made home starts with nothing to say.
+    QProcess first;
+    first.start(program(), {QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
+    QVERIFY(first.waitForStarted());
+    QTRY_VERIFY_WITH_TIMEOUT(home.exists(QStringLiteral("stellwyn.lock")), 20000);
+    QTest::qWait(300);
+    first.terminate();
+    first.waitForFinished(10000);
+    QCOMPARE(QString::fromLocal8Bit(first.readAllStandardError()), QString());
+}
+
+void Process::secondInstance_refusedWhileFirstRuns() {
+    TempHome home;
+    QCOMPARE(runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")}).status, 0);
+
+    QProcess first;
+    first.start(program(), {QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
+    QVERIFY(first.waitForStarted());
+    QTRY_VERIFY_WITH_TIMEOUT(home.exists(QStringLiteral("stellwyn.lock")), 20000);
+
+    const Run second = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
+    QCOMPARE(second.errLines,
+             QStringList{QStringLiteral(
+                 "message: There is already a previous instance of the Stellwyn program running.")});
+    QCOMPARE(second.status, 0);
+    QCOMPARE(first.state(), QProcess::Running);
+
+    // Another home is another station: it starts.
+    TempHome other;
+    QCOMPARE(runStellwyn({QStringLiteral("--home"), other.path(), QStringLiteral("--create-database")}).status, 0);
+    QProcess beside;
+    beside.start(program(), {QStringLiteral("--home"), other.path(), QStringLiteral("--unattended")});
+    QVERIFY(beside.waitForStarted());
+    QTRY_VERIFY_WITH_TIMEOUT(other.exists(QStringLiteral("stellwyn.lock")), 20000);
+    QTest::qWait(300);
+    QCOMPARE(beside.state(), QProcess::Running);
+
+    // A crashed first instance leaves its lock behind; the next start takes it over.
+    first.kill();
+    first.waitForFinished();
+    QProcess third;
+    third.start(program(), {QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
+    QVERIFY(third.waitForStarted());
+    QTest::qWait(1500);
+    QCOMPARE(third.state(), QProcess::Running);
+    third.terminate();
+    beside.terminate();
+    third.waitForFinished(10000);
+    beside.waitForFinished(10000);
+}
+
+void Process::badOption_saysSoAndFails() {
+    const Run r = runStellwyn({QStringLiteral("--answer"), QStringLiteral("maybe")});
+    QCOMPARE(r.status, 2);
+    QCOMPARE(r.errLines.size(), 1);
+    QVERIFY(r.errLines[0].contains(QStringLiteral("--answer")));
+}
+
+QTEST_GUILESS_MAIN(Process)
+#include "test_process.moc"

@@ -1,0 +1,319 @@
+// The start of the program in-process: the order of what the operator is told, cfg.txt,
+// compaction, the chooser, loadsettings, and the frame's place and menu.
+#include "RecordingDialogs.h"
+#include "TempHome.h"
+
+#include "app/FrmMain.h"
+#include "app/FrmMainView.h"
+#include "app/Main.h"
+#include "core/AppHome.h"
+#include "core/FatalError.h"
+#include "core/Getdatapath.h"
+#include "core/LoadSettings.h"
+#include "core/Module1.h"
+#include "core/SettingsStore.h"
+#include "core/store/Connection.h"
+#include "core/store/ConnectionText.h"
+#include "core/store/CreateDatabase.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace stellwyn;
+using testsupport::RecordingDialogs;
+using testsupport::TempHome;
+
+namespace {
+
+const QString notFound = QStringLiteral(
+    "message: The datafile SVDATA.MDB was not found at the configured datapath. Please press OK "
+    "and select one now");
+
+QString couldNotOpen(const TempHome& home) {
+    return QStringLiteral("message: Could not open ") +
+           QDir::toNativeSeparators(home.file(QStringLiteral("svdata.mdb")));
+}
+
+// Runs the start-up with every hook recording into the same list as the dialogs, so the test
+// sees one order of events.
+struct Startup {
+    explicit Startup(const TempHome& folder) : home(folder.path()), main(m, dialogs, home) {
+        main.loadFrame = [this] { dialogs.said << QStringLiteral("frame loaded"); };
+        main.showFrame = [this] { dialogs.said << QStringLiteral("frame shown"); };
+        main.showGetdatapath = [this](core::Getdatapath& chooser) {
+            dialogs.said << QStringLiteral("chooser");
+            if (chooseFolder) {
+                chooseFolder(chooser);
+            }
+        };
+        main.loadsettings = [this] {
+            dialogs.said << QStringLiteral("loadsettings");
+            core::loadsettings(m);
+        };
+    }
+
+    core::Module1 m;
+    RecordingDialogs dialogs;
+    core::AppHome home;
+    app::Main main;
+    std::function<void(core::Getdatapath&)> chooseFolder;
+};
+
+void setSysCfg(const QString& folder, const QString& field, const QVariant& value) {
+    core::Connection c = core::Connection::open(core::connectionText(folder));
+    c.run(QStringLiteral("update syscfg set %1 = ?").arg(field), {value});
+}
+
+} // namespace
+
+class Startup_ : public QObject {
+    Q_OBJECT
+private slots:
+    void firstStart_nothingAnywhere_tellsInOrderThenFails();
+    void start_withDatabase_compactsAndLeavesNoTempFile();
+    void start_cfgFolderWithComma_usesThePartBeforeIt();
+    void start_chooserPicksFolder_takesEffect();
+    void start_secondInstanceInSameHome_refused();
+    void loadsettings_values_data();
+    void loadsettings_values();
+    void loadsettings_emptySysCfg_isFatal();
+    void frame_closedMinimized_keepsPlace_data();
+    void frame_closedMinimized_keepsPlace();
+    void frame_setupMenu_refusedWhileScreenUp_data();
+    void frame_setupMenu_refusedWhileScreenUp();
+};
+
+void Startup_::firstStart_nothingAnywhere_tellsInOrderThenFails() {
+    TempHome folder;
+    Startup s(folder);
+    s.chooseFolder = [&](core::Getdatapath&) {
+        // cfg.txt was written before the chooser came up, holding the program's folder.
+        QCOMPARE(folder.read(QStringLiteral("cfg.txt")), folder.path().toLocal8Bit() + '\n');
+    };
+    QVERIFY_THROWS_EXCEPTION(core::FatalError, s.main.run());
+    QCOMPARE(s.dialogs.said, (QStringList{couldNotOpen(folder), QStringLiteral("frame loaded"),
+                                          QStringLiteral("frame shown"), notFound,
+                                          QStringLiteral("chooser"), QStringLiteral("loadsettings")}));
+    QCOMPARE(s.m.datapath, folder.path());
+    QCOMPARE(s.m.formactive, 0);
+}
+
+void Startup_::start_withDatabase_compactsAndLeavesNoTempFile() {
+    TempHome folder;
+    core::createDatabase(folder.path());
+    {
+        core::Connection c = core::Connection::open(core::connectionText(folder.path()));
+        c.run(QStringLiteral("insert into datacol (ScaleID, Reading) values (?, ?)"),
+              {QStringLiteral("SCALE 1"), QStringLiteral("  12.5")});
+    }
+    folder.write(QStringLiteral("temp.mdb"), "stale left-over from a crash");
+
+    Startup s(folder);
+    QVERIFY(s.main.run());
+
+    QVERIFY(!folder.exists(QStringLiteral("temp.mdb")));
+    QCOMPARE(s.dialogs.said,
+             (QStringList{QStringLiteral("busy"), QStringLiteral("idle"), QStringLiteral("frame loaded"),
+                          QStringLiteral("frame shown"), QStringLiteral("loadsettings")}));
+    core::Connection c = core::Connection::open(core::connectionText(folder.path()));
+    QSqlQuery q = c.run(QStringLiteral("select Reading from datacol"));
+    QVERIFY(q.next());
+    QCOMPARE(q.value(0).toString(), QStringLiteral("  12.5"));
+    QVERIFY(!q.next());
+    QCOMPARE(s.m.datapath, folder.path());
+    QCOMPARE(s.m.dataconn, core::connectionText(folder.path()));
+    QCOMPARE(s.m.cfgconn, s.m.dataconn);
+    QCOMPARE(s.m.commtype, QStringLiteral("RS232"));
+}
+
+void Startup_::start_cfgFolderWithComma_usesThePartBeforeIt() {
+    TempHome program;
+    TempHome data;
+    core::createDatabase(data.path());
+    program.write(QStringLiteral("cfg.txt"), data.path().toLocal8Bit() + ",elsewhere\n");
+
+    Startup s(program);
+    QVERIFY(s.main.run());
+    QCOMPARE(s.m.datapath, data.path());
+    QCOMPARE(s.dialogs.texts(), QStringList{couldNotOpen(program)});
+}
+
+void Startup_::start_chooserPicksFolder_takesEffect() {
+    TempHome program;
+    TempHome data;
+    core::createDatabase(data.path());
+    program.write(QStringLiteral("cfg.txt"), "/nowhere/at/all\n");
+    setSysCfg(data.path(), QStringLiteral("commtype"), QStringLiteral("USB485"));
+
+    Startup s(program);
+    s.chooseFolder = [&](core::Getdatapath& chooser) {
+        chooser.Dir1_Change(data.path());
+        chooser.Command1_Click();
+    };
+    QVERIFY(s.main.run());
+    QCOMPARE(s.m.datapath, data.path());
+    QCOMPARE(s.m.commtype, QStringLiteral("USB485"));
+    QCOMPARE(program.read(QStringLiteral("cfg.txt")), data.path().toLocal8Bit() + '\n');
+}
+
+void Startup_::start_secondInstanceInSameHome_refused() {
+    TempHome folder;
+    core::createDatabase(folder.path());
+    Startup first(folder);
+    QVERIFY(first.main.run());
+    Startup second(folder);
+    QVERIFY(!second.main.run());
+    QCOMPARE(second.dialogs.said,
+             (QStringList{QStringLiteral("beep"),
+                          QStringLiteral("message: There is already a previous instance of the "
+                                         "Stellwyn program running.")}));
+}
+
+void Startup_::loadsettings_values_data() {
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<double>("netpolltime"); // NaN: the load is fatal
+    QTest::addColumn<double>("netdeltime");
+
+    const double fatal = qQNaN();
+    QTest::newRow("defaults as created") << QString() << QVariant() << 0.33 << 0.01;
+    QTest::newRow("netpolltime null") << "netpolltime" << QVariant() << 0.33 << 0.01;
+    QTest::newRow("netpolltime empty text") << "netpolltime" << QVariant(QString("")) << 0.33 << 0.01;
+    QTest::newRow("netpolltime 2") << "netpolltime" << QVariant(2) << 2.0 << 0.01;
+    QTest::newRow("netpolltime as text") << "netpolltime" << QVariant(QString(".5")) << 0.5 << 0.01;
+    QTest::newRow("netpolltime not a number") << "netpolltime" << QVariant(QString("fast")) << fatal << fatal;
+    QTest::newRow("netdeltime null") << "netdeltime" << QVariant() << 0.33 << 0.01;
+    QTest::newRow("netdeltime 0.05") << "netdeltime" << QVariant(0.05) << 0.33 << 0.05;
+    QTest::newRow("commport null is fatal") << "commport" << QVariant() << fatal << fatal;
+    QTest::newRow("commport out of range is fatal") << "commport" << QVariant(70000) << fatal << fatal;
+}
+
+void Startup_::loadsettings_values() {
+    QFETCH(QString, field);
+    QFETCH(QVariant, stored);
+    QFETCH(double, netpolltime);
+    QFETCH(double, netdeltime);
+
+    TempHome folder;
+    core::createDatabase(folder.path());
+    if (!field.isEmpty()) {
+        setSysCfg(folder.path(), field, stored);
+    }
+    setSysCfg(folder.path(), QStringLiteral("usbreset"), 9);
+    core::Module1 m;
+    m.cfgconn = core::connectionText(folder.path());
+    if (qIsNaN(netpolltime)) {
+        try {
+            core::loadsettings(m);
+            QFAIL("loadsettings should have been fatal");
+        } catch (const core::FatalError& error) {
+            QVERIFY2(error.text().contains(field), qPrintable(error.text()));
+        }
+        return;
+    }
+    core::loadsettings(m);
+    QCOMPARE(m.netpolltime, netpolltime);
+    QCOMPARE(m.netdeltime, netdeltime);
+    QCOMPARE(m.commtype, QStringLiteral("RS232"));
+    QCOMPARE(m.commsettings, QStringLiteral("9600,N,8,1"));
+    QCOMPARE(m.commport, 1);
+    QCOMPARE(m.rfnet, 0);
+    QCOMPARE(m.rfnetid, QStringLiteral("0"));
+    // usbreset is stored and shown, never loaded.
+    QCOMPARE(m.usbreset, 0);
+}
+
+void Startup_::loadsettings_emptySysCfg_isFatal() {
+    TempHome folder;
+    core::createDatabase(folder.path());
+    {
+        core::Connection c = core::Connection::open(core::connectionText(folder.path()));
+        c.run(QStringLiteral("delete from syscfg"));
+    }
+    core::Module1 m;
+    m.cfgconn = core::connectionText(folder.path());
+    QVERIFY_THROWS_EXCEPTION(core::FatalError, core::loadsettings(m));
+}
+
+void Startup_::frame_closedMinimized_keepsPlace_data() {
+    QTest::addColumn<bool>("minimized");
+    QTest::newRow("normal close writes the place") << false;
+    QTest::newRow("minimized close keeps the old place") << true;
+}
+
+void Startup_::frame_closedMinimized_keepsPlace() {
+    QFETCH(bool, minimized);
+    TempHome folder;
+    core::Module1 m;
+    RecordingDialogs dialogs;
+    {
+        core::SettingsStore settings(folder.file(QStringLiteral("stellwyn.ini")));
+        settings.saveSetting(QStringLiteral("Settings"), QStringLiteral("MainLeft"), QStringLiteral("111"));
+        settings.saveSetting(QStringLiteral("Settings"), QStringLiteral("MainWidth"), QStringLiteral("9000"));
+    }
+    core::SettingsStore settings(folder.file(QStringLiteral("stellwyn.ini")));
+    app::FrmMain frame(m, dialogs, settings);
+    frame.MDIForm_Load();
+    QCOMPARE(frame.left(), 111);
+    QCOMPARE(frame.top(), 1000);
+    QCOMPARE(frame.width(), 9000);
+    QCOMPARE(frame.height(), 6500);
+
+    app::FrmMainView view(frame);
+    view.applyPlace();
+    view.show();
+    view.resize(640, 480);
+    if (minimized) {
+        view.showMinimized();
+    }
+    view.close();
+
+    core::SettingsStore after(folder.file(QStringLiteral("stellwyn.ini")));
+    const QString width = after.getSetting(QStringLiteral("Settings"), QStringLiteral("MainWidth"), {});
+    const QString height = after.getSetting(QStringLiteral("Settings"), QStringLiteral("MainHeight"), {});
+    if (minimized) {
+        QCOMPARE(width, QStringLiteral("9000"));
+        QCOMPARE(height, QString());
+        QCOMPARE(after.getSetting(QStringLiteral("Settings"), QStringLiteral("MainLeft"), {}),
+                 QStringLiteral("111"));
+    } else {
+        const int dpi = view.logicalDpiX();
+        QCOMPARE(width, QString::number(qRound(640 * 1440.0 / dpi)));
+        QVERIFY(!height.isEmpty());
+    }
+}
+
+void Startup_::frame_setupMenu_refusedWhileScreenUp_data() {
+    QTest::addColumn<int>("formactive");
+    QTest::newRow("screen down opens Setup then reloads") << 0;
+    QTest::newRow("screen up refuses") << -1;
+}
+
+void Startup_::frame_setupMenu_refusedWhileScreenUp() {
+    QFETCH(int, formactive);
+    TempHome folder;
+    core::Module1 m;
+    m.formactive = static_cast<std::int16_t>(formactive);
+    RecordingDialogs dialogs;
+    core::SettingsStore settings(folder.file(QStringLiteral("stellwyn.ini")));
+    app::FrmMain frame(m, dialogs, settings);
+    frame.showSetupModal = [&] { dialogs.said << QStringLiteral("setup shown"); };
+    frame.loadsettings = [&] { dialogs.said << QStringLiteral("loadsettings"); };
+    frame.mnu_setups_Click();
+    if (formactive == 0) {
+        QCOMPARE(dialogs.said, (QStringList{"setup shown", "loadsettings"}));
+    } else {
+        QCOMPARE(dialogs.said,
+                 QStringList{QStringLiteral(
+                     "message: \\n This form can not be loaded while the scale screen is activated."
+                     "\\nUse the EXIT button on the scale screen to shut it down, then open the "
+                     "\\ncommunications screen to make your changes, save them and\\nthen reload the "
+                     "scale screen to activate the changes")});
+    }
+    QCOMPARE(m.formactive, formactive);
+}
+
+QTEST_MAIN(Startup_)
+#include "test_startup.moc"
