@@ -36,7 +36,14 @@ QIcon toolbarIcon(const QString& button, const QStyle* style) {
         {QStringLiteral("Center"), QStringLiteral("format-justify-center")},
         {QStringLiteral("Right"), QStringLiteral("format-justify-right")},
     };
-    QIcon icon = QIcon::fromTheme(themeNames.value(button));
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor") {
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
+    }
+    const QString name = themeNames.value(button);
+    QIcon icon = QIcon::fromTheme(name);
+    if (icon.isNull()) {
+        icon = QIcon::fromTheme(name + QStringLiteral("-symbolic"));
+    }
     if (icon.isNull() && button == QStringLiteral("Open")) {
         icon = style->standardIcon(QStyle::SP_DialogOpenButton);
     } else if (icon.isNull() && button == QStringLiteral("Save")) {
@@ -79,13 +86,15 @@ void FrmMainView::buildToolBar() {
     auto* toolbar = addToolBar(QStringLiteral("tbToolBar"));
     toolbar->setObjectName(QStringLiteral("tbToolBar"));
     toolbar->setMovable(false);
-    toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    toolbar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    toolbar->setIconSize(QSize(20, 20));
     const QStringList buttons = FrmMain::toolbarButtons();
     for (int i = 0; i < buttons.size(); ++i) {
         if (i == 4 || i == 7 || i == 10) {
             toolbar->addSeparator();
         }
         QAction* action = toolbar->addAction(toolbarIcon(buttons[i], style()), buttons[i]);
+        action->setToolTip(buttons[i]);
         connect(action, &QAction::triggered, &logic_, [this, i] { logic_.tbToolBar_ButtonClick(i); });
     }
 }
