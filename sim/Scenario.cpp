@@ -1,5 +1,7 @@
 #include "Scenario.h"
 
+#include "WireTime.h"
+
 #include <QRegularExpression>
 #include <map>
 
@@ -273,6 +275,8 @@ bool Scenario::parseLine(const QString& line, QString* error) {
 }
 
 void Scenario::populate(Bus& bus, double origin) const {
+    bus.setTurnaround(turnaround);
+    bus.setByteTime(pace ? kByteTime9600 : 0.0);
     const QList<int> wanted = bus.mode() == Bus::Mode::Rs232 ? ids.mid(0, 1) : ids;
     for (int id : wanted) {
         bus.add(id);

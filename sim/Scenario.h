@@ -35,7 +35,8 @@ public:
     bool parse(const QString& text, QString* error);
     bool parseLine(const QString& line, QString* error);
 
-    // Builds the indicators on a bus made for `mode` and sets their story going from origin.
+    // Builds the indicators on a bus made for `mode`, sets its turnaround and pacing, and sets
+    // their story going from origin. The host's side of the pacing is the transport's.
     void populate(Bus& bus, double origin) const;
 
 private:

@@ -74,10 +74,6 @@ int main(int argc, char** argv) {
     core::RealClock clock;
     const sim::Scenario& scenario = options.scenario;
     sim::Bus bus(scenario.mode);
-    bus.setTurnaround(scenario.turnaround);
-    if (scenario.pace) {
-        bus.setByteTime(sim::kByteTime9600);
-    }
     const double origin = sim::lineSeconds(clock);
     scenario.populate(bus, origin);
 
