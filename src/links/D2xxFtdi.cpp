@@ -1,0 +1,206 @@
+#include "links/D2xxFtdi.h"
+
+#include "core/Dialogs.h"
+
+#include <cstdint>
+#include <pthread.h>
+
+namespace stellwyn::links {
+
+// The event the library's Linux build signals: our declaration of its EVENT_HANDLE.
+struct D2xxFtdi::Event {
+    pthread_cond_t eCondVar;
+    pthread_mutex_t eMutex;
+    int iVar;
+
+    Event() : iVar(0) {
+        pthread_cond_init(&eCondVar, nullptr);
+        pthread_mutex_init(&eMutex, nullptr);
+    }
+    ~Event() {
+        pthread_cond_destroy(&eCondVar);
+        pthread_mutex_destroy(&eMutex);
+    }
+    Event(const Event&) = delete;
+    Event& operator=(const Event&) = delete;
+};
+
+D2xxFtdi::D2xxFtdi(const QString& libraryPath, core::Dialogs& dialogs)
+    : library_(libraryPath), dialogs_(dialogs) {}
+
+D2xxFtdi::~D2xxFtdi() {
+    // Devices go before the events they may still signal.
+    for (const auto& [handle, device] : handles_) {
+        try {
+            library_.call<d2xx::Close>("FT_Close")(device);
+        } catch (const FtdiCallMissing&) {
+            break;
+        }
+    }
+}
+
+FT_STATUS D2xxFtdi::FT_ListDevices(DWORD& numDevices, DWORD flags) {
+    if (!library_.loaded()) {
+        // Said at each attempt to use the adapter, since each one fails for this reason.
+        dialogs_.message(QStringLiteral("The USB driver library %1 could not be loaded (%2). No "
+                                        "USB device can be used until it is installed.")
+                             .arg(library_.path(), library_.errorString()));
+        numDevices = 0;
+        return FT_DEVICE_NOT_FOUND;
+    }
+    return library_.call<d2xx::ListDevices>("FT_ListDevices")(&numDevices, nullptr, flags);
+}
+
+FT_STATUS D2xxFtdi::FT_ListDevices(DWORD index, QByteArray& buffer, DWORD flags) {
+    if (!library_.loaded()) {
+        return FT_DEVICE_NOT_FOUND;
+    }
+    buffer = QByteArray(kFtListBufferSize, '\0');
+    // By index, the library takes the index itself in place of the first pointer.
+    void* indexArgument = reinterpret_cast<void*>(static_cast<std::uintptr_t>(index));
+    return library_.call<d2xx::ListDevices>("FT_ListDevices")(indexArgument, buffer.data(), flags);
+}
+
+FT_STATUS D2xxFtdi::FT_Open(int deviceNumber, FtHandle& handle) {
+    if (!library_.loaded()) {
+        return FT_DEVICE_NOT_FOUND;
+    }
+    d2xx::Handle opened = nullptr;
+    const FT_STATUS status = library_.call<d2xx::Open>("FT_Open")(deviceNumber, &opened);
+    if (status == FT_OK) {
+        handle = nextHandle_++;
+        handles_[handle] = opened;
+    }
+    return status;
+}
+
+FT_STATUS D2xxFtdi::FT_Close(FtHandle handle) {
+    const d2xx::Handle device = find(handle);
+    if (device == nullptr) {
+        return FT_INVALID_HANDLE;
+    }
+    const FT_STATUS status = library_.call<d2xx::Close>("FT_Close")(device);
+    if (status == FT_OK) {
+        handles_.erase(handle);
+    }
+    return status;
+}
+
+FT_STATUS D2xxFtdi::FT_SetBaudRate(FtHandle handle, DWORD baudRate) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr ? FT_INVALID_HANDLE
+                             : library_.call<d2xx::SetBaudRate>("FT_SetBaudRate")(device, baudRate);
+}
+
+FT_STATUS D2xxFtdi::FT_SetDataCharacteristics(FtHandle handle, std::uint8_t wordLength,
+                                              std::uint8_t stopBits, std::uint8_t parity) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr
+               ? FT_INVALID_HANDLE
+               : library_.call<d2xx::SetDataCharacteristics>("FT_SetDataCharacteristics")(
+                     device, wordLength, stopBits, parity);
+}
+
+FT_STATUS D2xxFtdi::FT_SetFlowControl(FtHandle handle, std::uint16_t flowControl,
+                                      std::uint8_t xonChar, std::uint8_t xoffChar) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr ? FT_INVALID_HANDLE
+                             : library_.call<d2xx::SetFlowControl>("FT_SetFlowControl")(
+                                   device, flowControl, xonChar, xoffChar);
+}
+
+FT_STATUS D2xxFtdi::FT_SetTimeouts(FtHandle handle, DWORD readTimeout, DWORD writeTimeout) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr ? FT_INVALID_HANDLE
+                             : library_.call<d2xx::SetTimeouts>("FT_SetTimeouts")(
+                                   device, readTimeout, writeTimeout);
+}
+
+FT_STATUS D2xxFtdi::FT_SetEventNotification(FtHandle handle, DWORD mask, FtEvent event) {
+    const d2xx::Handle device = find(handle);
+    const auto it = events_.find(event);
+    if (device == nullptr) {
+        return FT_INVALID_HANDLE;
+    }
+    if (it == events_.end()) {
+        return FT_INVALID_PARAMETER;
+    }
+    return library_.call<d2xx::SetEventNotification>("FT_SetEventNotification")(device, mask,
+                                                                                it->second.get());
+}
+
+FT_STATUS D2xxFtdi::FT_SetResetPipeRetryCount(FtHandle handle, DWORD count) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr ? FT_INVALID_HANDLE
+                             : library_.call<d2xx::SetResetPipeRetryCount>(
+                                   "FT_SetResetPipeRetryCount")(device, count);
+}
+
+FT_STATUS D2xxFtdi::FT_Write(FtHandle handle, const QByteArray& buffer, DWORD length,
+                             DWORD& written) {
+    const d2xx::Handle device = find(handle);
+    if (device == nullptr) {
+        return FT_INVALID_HANDLE;
+    }
+    if (length > static_cast<DWORD>(buffer.size())) {
+        return FT_INVALID_PARAMETER;
+    }
+    QByteArray bytes = buffer;
+    return library_.call<d2xx::Write>("FT_Write")(device, bytes.data(), length, &written);
+}
+
+FT_STATUS D2xxFtdi::FT_Read(FtHandle handle, QByteArray& buffer, DWORD toRead,
+                            DWORD& bytesReturned) {
+    const d2xx::Handle device = find(handle);
+    if (device == nullptr) {
+        return FT_INVALID_HANDLE;
+    }
+    buffer = QByteArray(static_cast<qsizetype>(toRead), '\0');
+    bytesReturned = 0;
+    const FT_STATUS status =
+        library_.call<d2xx::Read>("FT_Read")(device, buffer.data(), toRead, &bytesReturned);
+    buffer.truncate(static_cast<qsizetype>(qMin(bytesReturned, toRead)));
+    return status;
+}
+
+FT_STATUS D2xxFtdi::FT_GetQueueStatus(FtHandle handle, DWORD& rxBytes) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr
+               ? FT_INVALID_HANDLE
+               : library_.call<d2xx::GetQueueStatus>("FT_GetQueueStatus")(device, &rxBytes);
+}
+
+FT_STATUS D2xxFtdi::FT_Purge(FtHandle handle, DWORD mask) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr ? FT_INVALID_HANDLE
+                             : library_.call<d2xx::Purge>("FT_Purge")(device, mask);
+}
+
+FT_STATUS D2xxFtdi::FT_GetStatus(FtHandle handle, DWORD& rxBytes, DWORD& txBytes,
+                                 DWORD& eventStatus) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr ? FT_INVALID_HANDLE
+                             : library_.call<d2xx::GetStatus>("FT_GetStatus")(
+                                   device, &rxBytes, &txBytes, &eventStatus);
+}
+
+FT_STATUS D2xxFtdi::FT_GetModemStatus(FtHandle handle, DWORD& modemStatus) {
+    const d2xx::Handle device = find(handle);
+    return device == nullptr
+               ? FT_INVALID_HANDLE
+               : library_.call<d2xx::GetModemStatus>("FT_GetModemStatus")(device, &modemStatus);
+}
+
+FtEvent D2xxFtdi::CreateEventA(bool, bool, const QString&) {
+    // The library's event is auto-reset and starts unsignalled, which is what is asked for.
+    const FtEvent event = nextEvent_++;
+    events_[event] = std::make_unique<Event>();
+    return event;
+}
+
+d2xx::Handle D2xxFtdi::find(FtHandle handle) const {
+    const auto it = handles_.find(handle);
+    return it == handles_.end() ? nullptr : it->second;
+}
+
+} // namespace stellwyn::links

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "links/D2xxLibrary.h"
+#include "links/FtdiApi.h"
+
+#include <map>
+#include <memory>
+
+namespace stellwyn::core {
+class Dialogs;
+}
+
+namespace stellwyn::links {
+
+// FTDI's own driver library. Its handles are pointers; the program gets a number for each,
+// and a number the library never gave (a network id handed to FT_Close) is refused here
+// without reaching it.
+class D2xxFtdi final : public FtdiApi {
+public:
+    D2xxFtdi(const QString& libraryPath, core::Dialogs& dialogs);
+    ~D2xxFtdi() override;
+
+    FT_STATUS FT_ListDevices(DWORD& numDevices, DWORD flags) override;
+    FT_STATUS FT_ListDevices(DWORD index, QByteArray& buffer, DWORD flags) override;
+    FT_STATUS FT_Open(int deviceNumber, FtHandle& handle) override;
+    FT_STATUS FT_Close(FtHandle handle) override;
+    FT_STATUS FT_SetBaudRate(FtHandle handle, DWORD baudRate) override;
+    FT_STATUS FT_SetDataCharacteristics(FtHandle handle, std::uint8_t wordLength,
+                                        std::uint8_t stopBits, std::uint8_t parity) override;
+    FT_STATUS FT_SetFlowControl(FtHandle handle, std::uint16_t flowControl, std::uint8_t xonChar,
+                                std::uint8_t xoffChar) override;
+    FT_STATUS FT_SetTimeouts(FtHandle handle, DWORD readTimeout, DWORD writeTimeout) override;
+    FT_STATUS FT_SetEventNotification(FtHandle handle, DWORD mask, FtEvent event) override;
+    FT_STATUS FT_SetResetPipeRetryCount(FtHandle handle, DWORD count) override;
+    FT_STATUS FT_Write(FtHandle handle, const QByteArray& buffer, DWORD length,
+                       DWORD& written) override;
+    FT_STATUS FT_Read(FtHandle handle, QByteArray& buffer, DWORD toRead,
+                      DWORD& bytesReturned) override;
+    FT_STATUS FT_GetQueueStatus(FtHandle handle, DWORD& rxBytes) override;
+    FT_STATUS FT_Purge(FtHandle handle, DWORD mask) override;
+    FT_STATUS FT_GetStatus(FtHandle handle, DWORD& rxBytes, DWORD& txBytes,
+                           DWORD& eventStatus) override;
+    FT_STATUS FT_GetModemStatus(FtHandle handle, DWORD& modemStatus) override;
+    FtEvent CreateEventA(bool manualReset, bool initialState, const QString& name) override;
+
+private:
+    struct Event;
+
+    d2xx::Handle find(FtHandle handle) const;
+
+    D2xxLibrary library_;
+    core::Dialogs& dialogs_;
+    std::map<FtHandle, d2xx::Handle> handles_;
+    std::map<FtEvent, std::unique_ptr<Event>> events_;
+    // Well above any NetID, as in the other backends.
+    FtHandle nextHandle_ = 0x1000;
+    FtEvent nextEvent_ = 0x2000;
+};
+
+} // namespace stellwyn::links

@@ -1,0 +1,32 @@
+#include "links/FtdiFactory.h"
+
+#include "core/SettingsStore.h"
+#include "links/D2xxFtdi.h"
+#include "links/KernelFtdi.h"
+#include "links/SimFtdi.h"
+
+namespace stellwyn::links {
+
+std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings, core::Dialogs& dialogs,
+                                     core::Clock& clock) {
+    const QString section = QStringLiteral("USB");
+    const QString backend =
+        settings.getSetting(section, QStringLiteral("Backend"), QStringLiteral("kernel"))
+            .trimmed()
+            .toLower();
+    if (backend == u"d2xx") {
+        return std::make_unique<D2xxFtdi>(settings.getSetting(section,
+                                                              QStringLiteral("D2xxLibrary"),
+                                                              QStringLiteral("libftd2xx.so")),
+                                          dialogs);
+    }
+    if (backend == u"sim") {
+        return std::make_unique<SimFtdi>(
+            simNetIds(
+                settings.getSetting(section, QStringLiteral("SimNetIds"), QStringLiteral("130"))),
+            clock);
+    }
+    return std::make_unique<KernelFtdi>(settings);
+}
+
+} // namespace stellwyn::links

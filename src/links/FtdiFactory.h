@@ -1,0 +1,22 @@
+#pragma once
+
+#include "links/FtdiApi.h"
+
+#include <memory>
+
+namespace stellwyn::core {
+class Clock;
+class Dialogs;
+class SettingsStore;
+} // namespace stellwyn::core
+
+namespace stellwyn::links {
+
+// The FTDI backend that USB/Backend names: "kernel" (the default, and for any other value),
+// "d2xx" (the library at USB/D2xxLibrary, default libftd2xx.so) or "sim" (simulated
+// indicators with the NetIDs of USB/SimNetIds, default 130). The settings, dialogs and clock
+// must outlive the backend.
+std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings, core::Dialogs& dialogs,
+                                     core::Clock& clock);
+
+} // namespace stellwyn::links

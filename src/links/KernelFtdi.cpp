@@ -1,0 +1,26 @@
+#include "links/KernelFtdi.h"
+
+#include "links/KernelChannel.h"
+#include "links/KernelDeviceList.h"
+
+namespace stellwyn::links {
+
+KernelFtdi::KernelFtdi(const core::SettingsStore& settings) : settings_(settings) {}
+
+QList<FtdiDeviceInfo> KernelFtdi::devices() {
+    QList<FtdiDeviceInfo> infos;
+    for (const KernelDevice& device : kernelDevices(settings_)) {
+        infos << device.info;
+    }
+    return infos;
+}
+
+std::unique_ptr<FtdiChannel> KernelFtdi::openChannel(int index) {
+    const QList<KernelDevice> list = kernelDevices(settings_);
+    if (index < 0 || index >= list.size()) {
+        return nullptr;
+    }
+    return KernelChannel::open(list.at(index).path);
+}
+
+} // namespace stellwyn::links

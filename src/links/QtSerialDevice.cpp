@@ -1,0 +1,83 @@
+#include "links/QtSerialDevice.h"
+
+#include "core/SettingsStore.h"
+#include "links/QtLineSettings.h"
+
+namespace stellwyn::links {
+
+QtSerialDevice::QtSerialDevice(const core::SettingsStore& settings) : settings_(settings) {
+    // A device that goes away (a pulled USB adapter, a closed pseudo-terminal) must leave the
+    // screen silent, not end it. The port is let go at our next call rather than here, since
+    // the error may be raised from inside one of the port's own reads.
+    QObject::connect(&port_, &QSerialPort::errorOccurred, [this](QSerialPort::SerialPortError e) {
+        if (e == QSerialPort::ResourceError) {
+            lost_ = true;
+        }
+    });
+}
+
+bool QtSerialDevice::open(int port, QString& error) {
+    lost_ = false;
+    port_.setPortName(settings_.serialDevicePath(port));
+    if (!port_.open(QIODevice::ReadWrite)) {
+        error = port_.portName() + QStringLiteral(": ") + port_.errorString();
+        return false;
+    }
+    return true;
+}
+
+void QtSerialDevice::close() {
+    if (port_.isOpen()) {
+        port_.close();
+    }
+}
+
+bool QtSerialDevice::configure(const LineSettings& settings) {
+    if (!port_.isOpen()) {
+        return !lost_;
+    }
+    return applyLineSettings(port_, settings);
+}
+
+void QtSerialDevice::write(const QByteArray& bytes) {
+    dropLostDevice();
+    if (!port_.isOpen()) {
+        return;
+    }
+    port_.write(bytes);
+    // Hands the bytes to the system now: a send returns at once, and must not wait for the
+    // event loop to come round.
+    port_.flush();
+}
+
+qint64 QtSerialDevice::bytesWaiting() {
+    dropLostDevice();
+    if (!port_.isOpen()) {
+        return 0;
+    }
+    // Takes in whatever the system holds without waiting, so the count is right even when no
+    // event has run since the bytes came.
+    port_.waitForReadyRead(0);
+    dropLostDevice();
+    if (!lost_) {
+        // Finding nothing waiting is no error of ours.
+        port_.clearError();
+    }
+    return port_.isOpen() ? port_.bytesAvailable() : 0;
+}
+
+QByteArray QtSerialDevice::read(qint64 maxSize) {
+    dropLostDevice();
+    if (!port_.isOpen() || maxSize <= 0) {
+        return {};
+    }
+    return port_.read(maxSize);
+}
+
+void QtSerialDevice::dropLostDevice() {
+    if (lost_ && port_.isOpen()) {
+        port_.close();
+    }
+}
+
+} // namespace stellwyn::links

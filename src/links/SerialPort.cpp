@@ -1,0 +1,92 @@
+#include "links/SerialPort.h"
+
+namespace stellwyn::links {
+
+namespace {
+// The control's own numbering of ports.
+constexpr int kHighestPort = 255;
+} // namespace
+
+SerialPort::SerialPort(std::unique_ptr<SerialDevice> device) : device_(std::move(device)) {}
+
+SerialPort::~SerialPort() {
+    if (open_) {
+        device_->close();
+    }
+}
+
+void SerialPort::CommPort(std::int16_t port) {
+    if (port < 1 || port > kHighestPort) {
+        throw SerialPortError(QStringLiteral("Invalid port number %1").arg(port));
+    }
+    if (open_) {
+        throw SerialPortError(QStringLiteral("Port already open"));
+    }
+    port_ = port;
+}
+
+void SerialPort::Settings(const QString& settings) {
+    const auto parsed = parseLineSettings(settings);
+    if (!parsed) {
+        throw SerialPortError(QStringLiteral("Invalid property value: \"%1\"").arg(settings));
+    }
+    if (open_ && !device_->configure(*parsed)) {
+        throw SerialPortError(QStringLiteral("Invalid property value: \"%1\"").arg(settings));
+    }
+    settings_ = *parsed;
+}
+
+void SerialPort::InputLen(std::int16_t length) {
+    if (length < 0) {
+        throw SerialPortError(QStringLiteral("Invalid property value: %1").arg(length));
+    }
+    inputLen_ = length;
+}
+
+void SerialPort::PortOpen(bool open) {
+    if (open == open_) {
+        if (open) {
+            throw SerialPortError(QStringLiteral("Port already open"));
+        }
+        return;
+    }
+    if (!open) {
+        device_->close();
+        open_ = false;
+        return;
+    }
+    QString error;
+    if (!device_->open(port_, error)) {
+        throw SerialPortError(
+            QStringLiteral("Port COM%1 is not available: %2").arg(port_).arg(error));
+    }
+    if (!device_->configure(settings_)) {
+        device_->close();
+        throw SerialPortError(QStringLiteral("Port COM%1 refuses the settings").arg(port_));
+    }
+    open_ = true;
+}
+
+void SerialPort::Output(const QByteArray& bytes) {
+    requireOpen();
+    device_->write(bytes);
+}
+
+int SerialPort::InBufferCount() {
+    requireOpen();
+    return static_cast<int>(device_->bytesWaiting());
+}
+
+QByteArray SerialPort::Input() {
+    requireOpen();
+    const qint64 waiting = device_->bytesWaiting();
+    return device_->read(inputLen_ == 0 ? waiting : qMin<qint64>(inputLen_, waiting));
+}
+
+void SerialPort::requireOpen() const {
+    if (!open_) {
+        throw SerialPortError(QStringLiteral("Operation valid only when the port is open"));
+    }
+}
+
+} // namespace stellwyn::links

@@ -1,0 +1,11 @@
+#include "links/SerialPortFactory.h"
+
+#include "links/QtSerialDevice.h"
+
+namespace stellwyn::links {
+
+std::unique_ptr<SerialPort> makeSerialPort(const core::SettingsStore& settings) {
+    return std::make_unique<SerialPort>(std::make_unique<QtSerialDevice>(settings));
+}
+
+} // namespace stellwyn::links

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace stellwyn::core {
+class Dialogs;
+class Module1;
+} // namespace stellwyn::core
+
+namespace stellwyn::links {
+
+class FtdiApi;
+
+// The link through FTDI USB devices. "USB485": one USB-RS485 adapter, device 0, carries a
+// network of scales; it is opened once and stays open until the program ends. "USB": every
+// scale is a USB device of its own, and netid holds its handle.
+class UsbLink {
+public:
+    UsbLink(core::Module1& m, FtdiApi& ftdi, core::Dialogs& dialogs);
+
+    // Opens the adapter when usbhandle is 0; usbinitfail tells the outcome.
+    void usb_open();
+    // Safe on any value the table holds: a handle the library does not know is refused by it.
+    void usb_close();
+    // At most 256 bytes, which is more than any caller sends.
+    void usb_write(const QByteArray& text);
+    // The "USB" table: one entry for each device on the bus.
+    void usb_start();
+    // The "USB485" table: the adapter, then the network scales of the data folder.
+    void usb485_start();
+    // The table part of usb485_start, which the Ethernet start reuses as it stands.
+    void usb485_filltable();
+
+private:
+    // The text of a list answer in ftlistbuf; false when the device did not answer.
+    bool listDevice(int index, unsigned flags, QString& text);
+
+    core::Module1& m_;
+    FtdiApi& ftdi_;
+    core::Dialogs& dialogs_;
+};
+
+} // namespace stellwyn::links
