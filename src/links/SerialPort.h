@@ -1,13 +1,10 @@
 #pragma once
 
 #include "core/FatalError.h"
-#include "links/LineSettings.h"
-#include "links/SerialDevice.h"
 
 #include <QByteArray>
 #include <QString>
 #include <cstdint>
-#include <memory>
 
 namespace stellwyn::links {
 
@@ -18,33 +15,22 @@ public:
     using FatalError::FatalError;
 };
 
-// MSComm1: the serial control of the indicator screen, offering the operations the program
-// uses and nothing more. It lives as long as the screen; the port closes when it goes.
+// MSComm1: the serial control of the indicator screen, with the operations the program uses
+// and nothing more. It lives as long as the screen; the port closes when it goes.
 class SerialPort {
 public:
-    explicit SerialPort(std::unique_ptr<SerialDevice> device);
-    ~SerialPort();
-    SerialPort(const SerialPort&) = delete;
-    SerialPort& operator=(const SerialPort&) = delete;
+    virtual ~SerialPort() = default;
 
-    void CommPort(std::int16_t port);
-    void Settings(const QString& settings);
+    virtual void CommPort(std::int16_t port) = 0;
+    virtual void Settings(const QString& settings) = 0;
     // 0 lets one Input return everything that is waiting.
-    void InputLen(std::int16_t length);
-    void PortOpen(bool open);
-    // One byte per byte given, values 128 and above included.
-    void Output(const QByteArray& bytes);
-    int InBufferCount();
-    QByteArray Input();
-
-private:
-    void requireOpen() const;
-
-    std::unique_ptr<SerialDevice> device_;
-    std::int16_t port_ = 1;
-    LineSettings settings_;
-    std::int16_t inputLen_ = 0;
-    bool open_ = false;
+    virtual void InputLen(std::int16_t length) = 0;
+    virtual void PortOpen(bool open) = 0;
+    // One byte per byte given, values 128 and above included; returns at once.
+    virtual void Output(const QByteArray& bytes) = 0;
+    virtual int InBufferCount() = 0;
+    // Removes and returns what has arrived, never waiting for more.
+    virtual QByteArray Input() = 0;
 };
 
 } // namespace stellwyn::links

@@ -1,4 +1,4 @@
-#include "links/SerialPort.h"
+#include "links/SerialControl.h"
 
 namespace stellwyn::links {
 
@@ -7,15 +7,15 @@ namespace {
 constexpr int kHighestPort = 255;
 } // namespace
 
-SerialPort::SerialPort(std::unique_ptr<SerialDevice> device) : device_(std::move(device)) {}
+SerialControl::SerialControl(std::unique_ptr<SerialDevice> device) : device_(std::move(device)) {}
 
-SerialPort::~SerialPort() {
+SerialControl::~SerialControl() {
     if (open_) {
         device_->close();
     }
 }
 
-void SerialPort::CommPort(std::int16_t port) {
+void SerialControl::CommPort(std::int16_t port) {
     if (port < 1 || port > kHighestPort) {
         throw SerialPortError(QStringLiteral("Invalid port number %1").arg(port));
     }
@@ -25,7 +25,7 @@ void SerialPort::CommPort(std::int16_t port) {
     port_ = port;
 }
 
-void SerialPort::Settings(const QString& settings) {
+void SerialControl::Settings(const QString& settings) {
     const auto parsed = parseLineSettings(settings);
     if (!parsed) {
         throw SerialPortError(QStringLiteral("Invalid property value: \"%1\"").arg(settings));
@@ -36,14 +36,14 @@ void SerialPort::Settings(const QString& settings) {
     settings_ = *parsed;
 }
 
-void SerialPort::InputLen(std::int16_t length) {
+void SerialControl::InputLen(std::int16_t length) {
     if (length < 0) {
         throw SerialPortError(QStringLiteral("Invalid property value: %1").arg(length));
     }
     inputLen_ = length;
 }
 
-void SerialPort::PortOpen(bool open) {
+void SerialControl::PortOpen(bool open) {
     if (open == open_) {
         if (open) {
             throw SerialPortError(QStringLiteral("Port already open"));
@@ -67,23 +67,23 @@ void SerialPort::PortOpen(bool open) {
     open_ = true;
 }
 
-void SerialPort::Output(const QByteArray& bytes) {
+void SerialControl::Output(const QByteArray& bytes) {
     requireOpen();
     device_->write(bytes);
 }
 
-int SerialPort::InBufferCount() {
+int SerialControl::InBufferCount() {
     requireOpen();
     return static_cast<int>(device_->bytesWaiting());
 }
 
-QByteArray SerialPort::Input() {
+QByteArray SerialControl::Input() {
     requireOpen();
     const qint64 waiting = device_->bytesWaiting();
     return device_->read(inputLen_ == 0 ? waiting : qMin<qint64>(inputLen_, waiting));
 }
 
-void SerialPort::requireOpen() const {
+void SerialControl::requireOpen() const {
     if (!open_) {
         throw SerialPortError(QStringLiteral("Operation valid only when the port is open"));
     }
