@@ -1,5 +1,10 @@
 #include "Clock.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -18,6 +23,25 @@ void RealClock::sleep(double seconds) {
     }
 }
 
+void RealClock::waitForEvents(double seconds) {
+    if (QCoreApplication::instance() == nullptr) {
+        sleep(std::min(seconds, 0.001));
+        return;
+    }
+    const int ms = std::max(1, static_cast<int>(seconds * 1000.0));
+    QTimer bound;
+    bound.setSingleShot(true);
+    bound.start(ms);
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void VirtualClock::waitForEvents(double seconds) {
+    if (QCoreApplication::instance() != nullptr) {
+        QCoreApplication::processEvents();
+    }
+    advance(std::min(seconds, 0.001));
+}
+
 VirtualClock::VirtualClock(QDateTime start) : now_(std::move(start)) {}
 
 double VirtualClock::timeOfDay() const { return now_.time().msecsSinceStartOfDay() / 1000.0; }
@@ -30,6 +54,9 @@ void VirtualClock::advance(double seconds) {
     const auto ms = static_cast<qint64>(seconds * 1000.0 + 0.999);
     now_ = now_.addMSecs(ms);
     elapsed_ += ms / 1000.0;
+    if (listener_) {
+        listener_();
+    }
 }
 
 } // namespace stellwyn::core

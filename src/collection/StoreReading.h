@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace stellwyn::core {
+class Clock;
+class Module1;
+} // namespace stellwyn::core
+
+namespace stellwyn::collection {
+
+// The common step of every site that keeps a reading: one datacol row with the scale text,
+// the reading, and the computer's date and time at this moment. A failure is not trapped here:
+// it goes up to whoever called. Returns the new row's ID.
+qint64 store_reading(core::Module1& m, const core::Clock& clock, const QString& scaleid,
+                     const std::optional<QString>& reading);
+
+} // namespace stellwyn::collection

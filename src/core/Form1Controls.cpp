@@ -1,0 +1,43 @@
+#include "Form1Controls.h"
+
+namespace stellwyn::core {
+
+Form1Controls::Form1Controls() {
+    caption = QStringLiteral("Stellwyn");
+
+    Datamsg.caption = QStringLiteral("Collecting Data...");
+    Datamsg.visible = false;
+    Label1.caption = QStringLiteral("Active Scale:");
+    opt_single.caption = QStringLiteral("Single");
+    opt_network.caption = QStringLiteral("Network");
+    modeGroup.add(opt_single);
+    modeGroup.add(opt_network);
+    chk_pollenb.caption = QStringLiteral("Poll");
+    Label2.caption = QStringLiteral("Poll Time:");
+    chk_frame.caption = QStringLiteral("Frame");
+    opt_netscan.caption = QStringLiteral("Network Scan");
+    opt_none.caption = QStringLiteral("None");
+    opt_datacol.caption = QStringLiteral("Data Collection");
+    showGroup.add(opt_netscan);
+    showGroup.add(opt_none);
+    showGroup.add(opt_datacol);
+    chk_txon.caption = QStringLiteral("Tx On");
+    chk_txon.visible = false;
+    // Ticked by design, before any handler is attached.
+    chk_txon.setValue(1);
+
+    NetFrame.caption = QStringLiteral("Network Scan");
+
+    Label20.caption = QStringLiteral("Data Collection");
+    Check1.caption = QStringLiteral("Enabled");
+    chk_SaveOnPrint.caption = QStringLiteral("Auto Save");
+    chk_Excel.caption = QStringLiteral("Excel Output");
+    chk_Reset_Row.caption = QStringLiteral("Excel Row 1");
+    chk_Reset_Row.visible = false;
+
+    Timer2.setInterval(100);
+    Timer3.setInterval(100);
+    Timer4.setInterval(100);
+}
+
+} // namespace stellwyn::core

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Controls.h"
+
+namespace stellwyn::core {
+
+inline constexpr int timer1Count = 10;
+inline constexpr int timer5Count = 10;
+
+// The state of the main screen's controls, in one plain object that every piece working on
+// the screen is handed: mode timers, scanners, scan table, collection, keypad, slaves.
+// Design values are the ones the screen has when it is created.
+class Form1Controls {
+public:
+    Form1Controls();
+    Form1Controls(const Form1Controls&) = delete;
+    Form1Controls& operator=(const Form1Controls&) = delete;
+
+    // The form itself; sizes in twips.
+    QString caption;
+    int left = 330;
+    int top = 270;
+    int width = 12540;
+    int height = 5905;
+
+    // Display.
+    Label Screen;
+    TextBox txt_groupnum;
+    Label Datamsg;
+
+    // Controls panel.
+    Label Label1;
+    ComboBox Combo1;
+    OptionButton opt_single;
+    OptionButton opt_network;
+    OptionGroup modeGroup;
+    CheckBox chk_pollenb;
+    Label Label2;
+    TextBox txt_polltime;
+    CheckBox chk_frame;
+    OptionButton opt_netscan;
+    OptionButton opt_none;
+    OptionButton opt_datacol;
+    OptionGroup showGroup;
+    CheckBox chk_txon;
+
+    // Lower panes.
+    bool netwindowVisible = false;
+    bool datawindowVisible = false;
+    Label NetFrame;
+    TextGrid NetList{2};
+
+    // Data collection pane.
+    Label Label20;
+    CheckBox Check1;
+    CheckBox chk_SaveOnPrint;
+    CheckBox chk_Excel;
+    CheckBox chk_Reset_Row;
+
+    // Timers.
+    CheckedArray<Timer, timer1Count> Timer1;
+    Timer Timer2;
+    Timer Timer3;
+    Timer Timer4;
+    CheckedArray<Timer, timer5Count> Timer5;
+};
+
+} // namespace stellwyn::core
