@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace stellwyn::linkstest {
+
+// The stellwyn-sim program on a pseudo-terminal of its own, logging every frame it takes and
+// sends. Ended with the object.
+class SimProcess {
+public:
+    explicit SimProcess(const QStringList& arguments);
+    ~SimProcess();
+
+    // Empty when the program did not start or named no terminal.
+    const QString& slavePath() const { return slavePath_; }
+    // The bytes of every frame received, in order, from the program's log.
+    QByteArray received() const;
+    QString errorText() const { return error_; }
+
+private:
+    QTemporaryDir dir_;
+    QProcess process_;
+    QString slavePath_;
+    QString error_;
+};
+
+} // namespace stellwyn::linkstest

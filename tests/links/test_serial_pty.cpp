@@ -1,0 +1,276 @@
+// The real serial backend on pseudo-terminals: bytes on the wire as written, reads that never
+// block or lose a byte, the control's errors, a device that goes away; then the serial start
+// routines against stellwyn-sim, with requests checked in the simulator's own log.
+#include "PtyPair.h"
+#include "RecordingDialogs.h"
+#include "ScaleCfgFixture.h"
+#include "SimProcess.h"
+#include "TempHome.h"
+#include "core/AppHome.h"
+#include "core/Module1.h"
+#include "core/SettingsStore.h"
+#include "links/SerialLink.h"
+#include "links/SerialPort.h"
+#include "links/SerialPortFactory.h"
+
+#include <QTest>
+#include <memory>
+
+using namespace stellwyn;
+using linkstest::PtyPair;
+
+namespace {
+
+constexpr int kWireTimeoutMs = 3000;
+
+struct PortOnPty {
+    testsupport::TempHome home;
+    core::SettingsStore settings{home.file(QStringLiteral("stellwyn.ini"))};
+    std::unique_ptr<links::SerialPort> port = links::makeSerialPort(settings);
+
+    explicit PortOnPty(const QString& com1) {
+        settings.saveSetting(QStringLiteral("Ports"), QStringLiteral("COM1"), com1);
+    }
+    void open() {
+        port->CommPort(1);
+        port->Settings(QStringLiteral("9600,N,8,1"));
+        port->InputLen(0);
+        port->PortOpen(true);
+    }
+};
+
+QByteArray allByteValues() {
+    QByteArray bytes;
+    for (int b = 0; b < 256; ++b) {
+        bytes.append(static_cast<char>(b));
+    }
+    return bytes;
+}
+
+// Reads until the text holds a CR, as a scanner does between its yields.
+QByteArray readReply(links::SerialPort& port) {
+    QByteArray reply;
+    [[maybe_unused]] const bool complete = QTest::qWaitFor(
+        [&] {
+            if (port.InBufferCount() > 0) {
+                reply += port.Input();
+            }
+            return reply.contains('\r');
+        },
+        kWireTimeoutMs);
+    return reply;
+}
+
+} // namespace
+
+class SerialPty : public QObject {
+    Q_OBJECT
+private slots:
+    void output_reachesTheWireAsWritten_data();
+    void output_reachesTheWireAsWritten();
+    void input_deliversEveryByteInOrderAcrossReads_data();
+    void input_deliversEveryByteInOrderAcrossReads();
+    void inputLen_limitsOneRead();
+    void control_refusesWhatItCannotDo_data();
+    void control_refusesWhatItCannotDo();
+    void unpluggedDevice_isSilence();
+    void rs232_start_talksToTheSimulator();
+    void rs485_start_talksToTheSimulatorNetwork();
+};
+
+void SerialPty::output_reachesTheWireAsWritten_data() {
+    QTest::addColumn<QList<QByteArray>>("outputs");
+
+    QTest::newRow("every byte value, 128 to 255 as single bytes")
+        << QList<QByteArray>{allByteValues()};
+    QTest::newRow("an addressed request in three assignments")
+        << QList<QByteArray>{"\x82", "\x11", "1"};
+    QTest::newRow("line ends are not translated") << QList<QByteArray>{"\r\n", "\n", "\r"};
+}
+
+void SerialPty::output_reachesTheWireAsWritten() {
+    QFETCH(QList<QByteArray>, outputs);
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    PortOnPty com(pty.slavePath());
+    com.open();
+
+    QByteArray expected;
+    for (const QByteArray& bytes : outputs) {
+        com.port->Output(bytes);
+        expected += bytes;
+    }
+
+    // Nothing ran the event loop: each Output went to the system when it was called.
+    QCOMPARE(pty.receive(expected.size(), kWireTimeoutMs), expected);
+}
+
+void SerialPty::input_deliversEveryByteInOrderAcrossReads_data() {
+    QTest::addColumn<QList<QByteArray>>("pieces");
+
+    QTest::newRow("a reply cell arriving byte by byte")
+        << QList<QByteArray>{"\x82", "+", " ", "  12.5", "\r", "\n"};
+    QTest::newRow("every byte value in two halves")
+        << QList<QByteArray>{allByteValues().left(128), allByteValues().mid(128)};
+    QTest::newRow("two cells back to back, then a third") << QList<QByteArray>{
+        QByteArray("\x82  00012.5\r\n\x83  00007.0\r\n"), QByteArray("\x84  00001.0\r\n")};
+}
+
+void SerialPty::input_deliversEveryByteInOrderAcrossReads() {
+    QFETCH(QList<QByteArray>, pieces);
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    PortOnPty com(pty.slavePath());
+    com.open();
+
+    QCOMPARE(com.port->InBufferCount(), 0);
+    QCOMPARE(com.port->Input(), QByteArray());
+    QByteArray got;
+    QByteArray sent;
+    for (const QByteArray& piece : pieces) {
+        pty.send(piece);
+        sent += piece;
+        QTRY_COMPARE_WITH_TIMEOUT(got.size() + com.port->InBufferCount(), sent.size(),
+                                  kWireTimeoutMs);
+        got += com.port->Input();
+    }
+    QCOMPARE(got, sent);
+    QCOMPARE(com.port->InBufferCount(), 0);
+}
+
+void SerialPty::inputLen_limitsOneRead() {
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    PortOnPty com(pty.slavePath());
+    com.open();
+    com.port->InputLen(4);
+
+    pty.send("ABCDEFGHIJ");
+    QTRY_COMPARE_WITH_TIMEOUT(com.port->InBufferCount(), 10, kWireTimeoutMs);
+    QCOMPARE(com.port->Input(), QByteArray("ABCD"));
+    com.port->InputLen(0);
+    QCOMPARE(com.port->Input(), QByteArray("EFGHIJ"));
+}
+
+void SerialPty::control_refusesWhatItCannotDo_data() {
+    QTest::addColumn<QString>("step");
+
+    QTest::newRow("output on a closed port") << "output";
+    QTest::newRow("count on a closed port") << "count";
+    QTest::newRow("input on a closed port") << "input";
+    QTest::newRow("a device that does not exist") << "missing";
+    QTest::newRow("port number 0") << "port0";
+    QTest::newRow("a settings text the control does not know") << "settings";
+    QTest::newRow("opening twice") << "twice";
+    QTest::newRow("another port number while open") << "renumber";
+}
+
+void SerialPty::control_refusesWhatItCannotDo() {
+    QFETCH(QString, step);
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    PortOnPty com(step == u"missing" ? QStringLiteral("/dev/stellwyn-no-such-port")
+                                     : pty.slavePath());
+    links::SerialPort& port = *com.port;
+
+    if (step == u"output") {
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.Output("*P"));
+        QCOMPARE(pty.receive(1, 100), QByteArray());
+    } else if (step == u"count") {
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.InBufferCount());
+    } else if (step == u"input") {
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.Input());
+    } else if (step == u"missing") {
+        port.CommPort(1);
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.PortOpen(true));
+    } else if (step == u"port0") {
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.CommPort(0));
+    } else if (step == u"settings") {
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError,
+                                 port.Settings(QStringLiteral("9600,X,8,1")));
+    } else if (step == u"twice") {
+        com.open();
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.PortOpen(true));
+    } else if (step == u"renumber") {
+        com.open();
+        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.CommPort(2));
+    }
+}
+
+void SerialPty::unpluggedDevice_isSilence() {
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    PortOnPty com(pty.slavePath());
+    com.open();
+    pty.send("\x82");
+    QTRY_COMPARE_WITH_TIMEOUT(com.port->InBufferCount(), 1, kWireTimeoutMs);
+    QCOMPARE(com.port->Input(), QByteArray("\x82"));
+
+    pty.hangUp();
+
+    for (int poll = 0; poll < 3; ++poll) {
+        com.port->Output("\x82\x11"
+                         "1");
+        QCOMPARE(com.port->InBufferCount(), 0);
+        QCOMPARE(com.port->Input(), QByteArray());
+    }
+}
+
+void SerialPty::rs232_start_talksToTheSimulator() {
+    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("rs232")});
+    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
+    PortOnPty com(sim.slavePath());
+    core::AppHome home(com.home.path());
+    core::Module1 m;
+    m.commport = 1;
+    m.commsettings = QStringLiteral("9600,N,8,1");
+    testsupport::RecordingDialogs dialogs;
+
+    links::SerialLink(m, *com.port, dialogs, home).rs232_start();
+    QCOMPARE(dialogs.said, QStringList{});
+    QCOMPARE(m.scalecount, 1);
+
+    com.port->Output("*");
+    com.port->Output("P");
+    const QByteArray reply = readReply(*com.port);
+
+    QVERIFY2(reply.endsWith("\r") || reply.contains("\r"), reply.toHex(' ').constData());
+    QTRY_COMPARE_WITH_TIMEOUT(sim.received(), QByteArray("*P"), kWireTimeoutMs);
+}
+
+void SerialPty::rs485_start_talksToTheSimulatorNetwork() {
+    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("addressed"),
+                               QStringLiteral("--ids"), QStringLiteral("130,131")});
+    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
+    PortOnPty com(sim.slavePath());
+    linkstest::makeScaleCfg(com.home.path(), QStringLiteral("sccfg.mdb"),
+                            linkstest::scaleRows(QStringLiteral("RS485/131 RS485/130")));
+    core::AppHome home(com.home.path());
+    core::Module1 m;
+    m.commport = 1;
+    testsupport::RecordingDialogs dialogs;
+
+    links::SerialLink(m, *com.port, dialogs, home).rs485_start();
+    QCOMPARE(dialogs.said, QStringList{});
+    QCOMPARE(m.scalecount, 2);
+
+    QByteArray sent;
+    for (int i = 0; i < m.scalecount; ++i) {
+        const QByteArray request = QByteArray(1, static_cast<char>(m.netid[i])) + "\x11" + "1";
+        // One assignment per piece, as the scan sends them.
+        for (const char b : request) {
+            com.port->Output(QByteArray(1, b));
+        }
+        sent += request;
+        const QByteArray reply = readReply(*com.port);
+        QVERIFY2(!reply.isEmpty(), "no reply");
+        QCOMPARE(static_cast<unsigned char>(reply.at(0)), static_cast<unsigned char>(m.netid[i]));
+    }
+    QCOMPARE(sent, QByteArray("\x82\x11"
+                              "1\x83\x11"
+                              "1"));
+    QTRY_COMPARE_WITH_TIMEOUT(sim.received(), sent, kWireTimeoutMs);
+}
+
+QTEST_GUILESS_MAIN(SerialPty)
+#include "test_serial_pty.moc"
