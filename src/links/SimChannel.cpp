@@ -3,6 +3,7 @@
 #include "core/Clock.h"
 #include "sim/WireTime.h"
 
+#include <QDateTime>
 #include <algorithm>
 
 namespace stellwyn::links {
@@ -44,12 +45,15 @@ qint64 SimChannel::waiting() {
 }
 
 QByteArray SimChannel::read(qint64 maxSize, int timeoutMs) {
-    double remaining = timeoutMs / 1000.0;
-    while (link_.bytesAvailable() < maxSize && remaining > 0.0) {
+    // Whole milliseconds of the clock, so that the wait ends exactly at the timeout.
+    const QDateTime deadline = clock_.now().addMSecs(timeoutMs);
+    while (link_.bytesAvailable() < maxSize) {
+        const double remaining = static_cast<double>(clock_.now().msecsTo(deadline)) / 1000.0;
+        if (remaining <= 0.0) {
+            break;
+        }
         const std::optional<double> next = link_.secondsToNextEvent();
-        const double step = next ? std::clamp(*next, kMinimumStep, remaining) : remaining;
-        clock_.sleep(step);
-        remaining -= step;
+        clock_.sleep(next ? std::min(std::max(*next, kMinimumStep), remaining) : remaining);
     }
     return link_.read(maxSize);
 }

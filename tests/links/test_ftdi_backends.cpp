@@ -1,0 +1,310 @@
+// The kernel backend on pseudo-terminals (its device list, bytes both ways, purge, one holder
+// per device, and a network scan against stellwyn-sim), the simulated bus in this process on
+// the virtual clock, and the choice of backend by the settings store.
+#include "PtyPair.h"
+#include "RecordingDialogs.h"
+#include "ScaleCfgFixture.h"
+#include "SimProcess.h"
+#include "TempHome.h"
+#include "core/Clock.h"
+#include "core/Module1.h"
+#include "core/SettingsStore.h"
+#include "core/store/ConnectionText.h"
+#include "links/D2xxFtdi.h"
+#include "links/FtdiFactory.h"
+#include "links/KernelDeviceList.h"
+#include "links/KernelFtdi.h"
+#include "links/SimFtdi.h"
+#include "links/UsbLink.h"
+
+#include <QTest>
+
+using namespace stellwyn;
+using links::DWORD;
+using links::FT_OK;
+using links::FtdiApi;
+using links::FtHandle;
+using linkstest::PtyPair;
+using testsupport::RecordingDialogs;
+
+namespace {
+
+constexpr int kWireTimeoutMs = 3000;
+
+QByteArray request(int netId) {
+    return QByteArray(1, static_cast<char>(netId)) + "\x11" + "1";
+}
+
+QByteArray allByteValues() {
+    QByteArray bytes;
+    for (int b = 0; b < 256; ++b) {
+        bytes.append(static_cast<char>(b));
+    }
+    return bytes;
+}
+
+// Reads one reply as the scanner does: ask how much is queued, then read that much.
+QByteArray readReply(FtdiApi& ftdi, FtHandle handle) {
+    QByteArray reply;
+    [[maybe_unused]] const bool complete = QTest::qWaitFor(
+        [&] {
+            DWORD waiting = 0;
+            ftdi.FT_GetQueueStatus(handle, waiting);
+            if (waiting > 0) {
+                QByteArray got;
+                DWORD n = 0;
+                ftdi.FT_Read(handle, got, waiting, n);
+                reply += got;
+            }
+            return reply.contains('\r');
+        },
+        kWireTimeoutMs);
+    return reply;
+}
+
+struct Station {
+    testsupport::TempHome home;
+    core::SettingsStore settings{home.file(QStringLiteral("stellwyn.ini"))};
+    core::Module1 m;
+    RecordingDialogs dialogs;
+
+    void usbSetting(const char* key, const QString& value) {
+        settings.saveSetting(QStringLiteral("USB"), QString::fromLatin1(key), value);
+    }
+    void networkRows(const QString& rows) {
+        linkstest::makeScaleCfg(home.path(), QStringLiteral("svdata.mdb"),
+                                linkstest::scaleRows(rows));
+        m.commtype = QStringLiteral("USB485");
+        m.cfgconn = core::connectionText(home.path());
+    }
+};
+
+} // namespace
+
+class FtdiBackends : public QObject {
+    Q_OBJECT
+private slots:
+    void kernel_deviceList_data();
+    void kernel_deviceList();
+    void kernel_portNamesInReadingOrder();
+    void kernel_bytesPassBothWaysAndPurgeEmpties();
+    void kernel_oneHolderPerDevice();
+    void kernel_usb485_scansTheSimulatorNetwork();
+    void sim_usb485_scansTheBusOnTheVirtualClock();
+    void sim_readWaitsOnTheClockUpToItsTimeout();
+    void factory_picksTheBackendOfTheSettings_data();
+    void factory_picksTheBackendOfTheSettings();
+};
+
+void FtdiBackends::kernel_deviceList_data() {
+    QTest::addColumn<QString>("devices");
+    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<int>("usbinitfail");
+
+    QTest::newRow("an empty list means no device")
+        << "" << QStringList{"message: No device can be found on the USB."} << 1;
+    QTest::newRow("device 0 that will not open")
+        << "/dev/stellwyn-no-such-adapter,PTY" << QStringList{"message: Open Failed"} << 1;
+    QTest::newRow("device 0 opens; blanks around entries are dropped")
+        << " PTY , /dev/stellwyn-no-such-adapter" << QStringList{} << 0;
+}
+
+void FtdiBackends::kernel_deviceList() {
+    QFETCH(QString, devices);
+    QFETCH(QStringList, said);
+    QFETCH(int, usbinitfail);
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    Station s;
+    s.usbSetting("Devices", QString(devices).replace(QStringLiteral("PTY"), pty.slavePath()));
+    links::KernelFtdi ftdi(s.settings);
+
+    links::UsbLink(s.m, ftdi, s.dialogs).usb_open();
+
+    QCOMPARE(s.dialogs.said, said);
+    QCOMPARE(s.m.usbinitfail, usbinitfail);
+    QCOMPARE(s.m.usbhandle != 0, usbinitfail == 0);
+}
+
+void FtdiBackends::kernel_portNamesInReadingOrder() {
+    QStringList names{"ttyUSB10", "ttyUSB2", "ttyACM0", "ttyUSB0", "ttyUSB1"};
+    std::sort(names.begin(), names.end(), links::portNameLess);
+    QCOMPARE(names, (QStringList{"ttyACM0", "ttyUSB0", "ttyUSB1", "ttyUSB2", "ttyUSB10"}));
+}
+
+void FtdiBackends::kernel_bytesPassBothWaysAndPurgeEmpties() {
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    Station s;
+    s.usbSetting("Devices", pty.slavePath());
+    s.m.commtype = QStringLiteral("USB485");
+    links::KernelFtdi ftdi(s.settings);
+    links::UsbLink link(s.m, ftdi, s.dialogs);
+    link.usb_open();
+    QCOMPARE(s.dialogs.said, QStringList{});
+
+    // A pseudo-terminal has no USB descriptors: the list answers are empty, not failures.
+    QByteArray buffer;
+    QCOMPARE(
+        ftdi.FT_ListDevices(0, buffer, links::FT_LIST_BY_INDEX | links::FT_OPEN_BY_SERIAL_NUMBER),
+        FT_OK);
+    QCOMPARE(buffer.at(0), '\0');
+
+    link.usb_write(allByteValues());
+    link.usb_write(request(130));
+    QCOMPARE(pty.receive(256 + 3, kWireTimeoutMs), allByteValues().left(256) + request(130));
+
+    pty.send("stale bytes");
+    DWORD waiting = 0;
+    QTRY_COMPARE_WITH_TIMEOUT((ftdi.FT_GetQueueStatus(s.m.usbhandle, waiting), waiting), DWORD(11),
+                              kWireTimeoutMs);
+    QCOMPARE(ftdi.FT_Purge(s.m.usbhandle, links::FT_PURGE_RX | links::FT_PURGE_TX), FT_OK);
+    QCOMPARE((ftdi.FT_GetQueueStatus(s.m.usbhandle, waiting), waiting), DWORD(0));
+
+    pty.send(QByteArray(1, '\x82') + "  00012.5\r\n");
+    const QByteArray reply = readReply(ftdi, s.m.usbhandle);
+    QCOMPARE(reply.left(11), QByteArray(1, '\x82') + "  00012.5\r");
+}
+
+void FtdiBackends::kernel_oneHolderPerDevice() {
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    Station s;
+    s.usbSetting("Devices", pty.slavePath());
+    links::KernelFtdi ftdi(s.settings);
+    FtHandle first = 0;
+    FtHandle second = 0;
+
+    QCOMPARE(ftdi.FT_Open(0, first), FT_OK);
+    QCOMPARE(ftdi.FT_Open(0, second), links::FT_DEVICE_NOT_OPENED);
+    QCOMPARE(ftdi.FT_Close(first), FT_OK);
+    QCOMPARE(ftdi.FT_Close(first), links::FT_INVALID_HANDLE);
+    QCOMPARE(ftdi.FT_Open(0, second), FT_OK);
+}
+
+void FtdiBackends::kernel_usb485_scansTheSimulatorNetwork() {
+    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("addressed"),
+                               QStringLiteral("--ids"), QStringLiteral("130,131,132")});
+    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
+    Station s;
+    s.usbSetting("Devices", sim.slavePath());
+    s.networkRows(QStringLiteral("RS485/132 RS485/130 RS485/131-"));
+    links::KernelFtdi ftdi(s.settings);
+    links::UsbLink link(s.m, ftdi, s.dialogs);
+
+    link.usb485_start();
+    QCOMPARE(s.dialogs.said, QStringList{});
+    QCOMPARE(s.m.scalecount, 2);
+
+    QByteArray sent;
+    for (int i = 0; i < s.m.scalecount; ++i) {
+        // The network scan sends its three bytes in one write.
+        DWORD written = 0;
+        ftdi.FT_Write(s.m.usbhandle, request(s.m.netid[i]), 3, written);
+        sent += request(s.m.netid[i]);
+        const QByteArray reply = readReply(ftdi, s.m.usbhandle);
+        QVERIFY2(!reply.isEmpty(), "no reply");
+        QCOMPARE(static_cast<unsigned char>(reply.at(0)), static_cast<unsigned char>(s.m.netid[i]));
+    }
+    QCOMPARE(sent, request(130) + request(132));
+    QTRY_COMPARE_WITH_TIMEOUT(sim.received(), sent, kWireTimeoutMs);
+}
+
+void FtdiBackends::sim_usb485_scansTheBusOnTheVirtualClock() {
+    core::VirtualClock clock;
+    Station s;
+    s.networkRows(QStringLiteral("RS485/131 RS485/130"));
+    links::SimFtdi ftdi({130, 131, 132}, clock);
+    links::UsbLink link(s.m, ftdi, s.dialogs);
+
+    link.usb485_start();
+    QCOMPARE(s.dialogs.said, QStringList{});
+    QCOMPARE(s.m.scalecount, 2);
+
+    for (int i = 0; i < s.m.scalecount; ++i) {
+        link.usb_write(request(s.m.netid[i]));
+        DWORD waiting = 0;
+        // Nothing has crossed the line until time passes on it.
+        QCOMPARE((ftdi.FT_GetQueueStatus(s.m.usbhandle, waiting), waiting), DWORD(0));
+        clock.advance(0.1);
+        QCOMPARE((ftdi.FT_GetQueueStatus(s.m.usbhandle, waiting), waiting), DWORD(11));
+        QByteArray cell;
+        DWORD n = 0;
+        QCOMPARE(ftdi.FT_Read(s.m.usbhandle, cell, waiting, n), FT_OK);
+        QCOMPARE(static_cast<unsigned char>(cell.at(0)), static_cast<unsigned char>(s.m.netid[i]));
+        QVERIFY(cell.endsWith("\r\n"));
+    }
+    QCOMPARE(ftdi.bus().find(130)->requests(), QByteArray("1"));
+    QCOMPARE(ftdi.bus().find(131)->requests(), QByteArray("1"));
+    QCOMPARE(ftdi.bus().find(132)->requests(), QByteArray());
+}
+
+void FtdiBackends::sim_readWaitsOnTheClockUpToItsTimeout() {
+    core::VirtualClock clock;
+    links::SimFtdi ftdi({130}, clock);
+    FtHandle handle = 0;
+    QCOMPARE(ftdi.FT_Open(0, handle), FT_OK);
+    QCOMPARE(ftdi.FT_SetTimeouts(handle, 1000, 0), FT_OK);
+    DWORD written = 0;
+
+    // A reply comes well within the timeout: the read returns with it, long before the second.
+    ftdi.FT_Write(handle, request(130), 3, written);
+    QByteArray cell;
+    DWORD n = 0;
+    QCOMPARE(ftdi.FT_Read(handle, cell, 11, n), FT_OK);
+    QCOMPARE(n, DWORD(11));
+    QVERIFY(clock.elapsed() < 0.1);
+
+    // No one answers NetID 140: the read gives up after the timeout, empty.
+    const double before = clock.elapsed();
+    ftdi.FT_Write(handle, request(140), 3, written);
+    QCOMPARE(ftdi.FT_Read(handle, cell, 11, n), FT_OK);
+    QCOMPARE(n, DWORD(0));
+    QCOMPARE(clock.elapsed() - before, 1.0);
+}
+
+void FtdiBackends::factory_picksTheBackendOfTheSettings_data() {
+    QTest::addColumn<QString>("backend");
+    QTest::addColumn<QString>("kind");
+
+    QTest::newRow("none set: the system's driver") << ""
+                                                   << "kernel";
+    QTest::newRow("kernel") << "kernel"
+                            << "kernel";
+    QTest::newRow("d2xx") << "d2xx"
+                          << "d2xx";
+    QTest::newRow("sim, any case") << "Sim"
+                                   << "sim";
+}
+
+void FtdiBackends::factory_picksTheBackendOfTheSettings() {
+    QFETCH(QString, backend);
+    QFETCH(QString, kind);
+    Station s;
+    if (!backend.isEmpty()) {
+        s.usbSetting("Backend", backend);
+    }
+    s.usbSetting("SimNetIds", QStringLiteral("130, 131,x,132"));
+    s.usbSetting("D2xxLibrary", QStringLiteral("/nonexistent/libftd2xx.so"));
+    core::VirtualClock clock;
+
+    const std::unique_ptr<FtdiApi> ftdi = links::makeFtdiApi(s.settings, s.dialogs, clock);
+
+    if (kind == u"kernel") {
+        QVERIFY(dynamic_cast<links::KernelFtdi*>(ftdi.get()) != nullptr);
+    } else if (kind == u"d2xx") {
+        QVERIFY(dynamic_cast<links::D2xxFtdi*>(ftdi.get()) != nullptr);
+        DWORD count = 1;
+        ftdi->FT_ListDevices(count, links::FT_LIST_NUMBER_ONLY);
+        QCOMPARE(count, DWORD(0));
+        QVERIFY(s.dialogs.said.value(0).contains(QStringLiteral("/nonexistent/libftd2xx.so")));
+    } else {
+        auto* sim = dynamic_cast<links::SimFtdi*>(ftdi.get());
+        QVERIFY(sim != nullptr);
+        QCOMPARE(sim->bus().indicators().size(), std::size_t(3));
+        QVERIFY(sim->bus().find(132) != nullptr);
+    }
+}
+
+QTEST_GUILESS_MAIN(FtdiBackends)
+#include "test_ftdi_backends.moc"
