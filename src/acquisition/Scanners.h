@@ -1,7 +1,10 @@
 #pragma once
 
+#include "ScanTable.h"
+
 #include <QByteArray>
 #include <QString>
+#include <optional>
 
 namespace stellwyn::acquisition {
 
@@ -24,7 +27,17 @@ public:
     static QString blz(const QString& text);
 
 private:
+    // The display of the main screen follows the scale it shows.
+    void showOnScreen(int i);
+    // One datacol row; returns its ID.
+    qint64 store(const QString& scaleid, const std::optional<QString>& reading);
+    // The spreadsheet output of the row just stored, for the scale picked in Combo1.
+    void excelOutput(qint64 storedId);
+    // The Ethernet parser's row, filed under the scale picked in Combo1.
+    void Data_collect();
+
     AcquisitionContext& c_;
+    ScanTable scanTable_;
 };
 
 } // namespace stellwyn::acquisition

@@ -1,0 +1,47 @@
+#include "Scanners.h"
+
+#include "AcquisitionContext.h"
+#include "collection/StoreReading.h"
+#include "core/FatalError.h"
+#include "core/Form1Controls.h"
+#include "core/Module1.h"
+
+#include <limits>
+
+namespace stellwyn::acquisition {
+
+Scanners::Scanners(AcquisitionContext& context) : c_(context), scanTable_(context) {}
+
+QString Scanners::blz(const QString& text) {
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text.at(i) != u'0') {
+            // A text of blanks alone counts as empty, but a blank in front of a value is kept.
+            return core::trimBlanks(text).isEmpty() ? QString() : text.mid(i);
+        }
+    }
+    return {};
+}
+
+void Scanners::showOnScreen(int i) {
+    if (i == c_.m.curscale) {
+        c_.f.Screen.caption = c_.m.scaleweight[i];
+    }
+}
+
+qint64 Scanners::store(const QString& scaleid, const std::optional<QString>& reading) {
+    // The count caption that followed a store was written to nothing, so the count on screen
+    // is left to the collection pane.
+    return collection::store_reading(c_.m, c_.clock, scaleid, reading);
+}
+
+void Scanners::excelOutput(qint64 storedId) {
+    if (storedId + 1 > std::numeric_limits<std::int16_t>::max()) {
+        throw core::FatalError(QStringLiteral("Overflow (spreadsheet row %1)").arg(storedId + 1));
+    }
+    c_.m.excelrow = static_cast<std::int16_t>(storedId + 1);
+    if (c_.hooks.excelOutput) {
+        c_.hooks.excelOutput(c_.f.Combo1.listIndex());
+    }
+}
+
+} // namespace stellwyn::acquisition

@@ -1,0 +1,113 @@
+#include "AcquisitionContext.h"
+#include "ReplyMarkers.h"
+#include "ReplyText.h"
+#include "ReplyWait.h"
+#include "Scanners.h"
+#include "core/Form1Controls.h"
+#include "core/Module1.h"
+#include "core/Yield.h"
+#include "links/FtdiApi.h"
+
+#include <algorithm>
+
+namespace stellwyn::acquisition {
+
+using core::yieldToEvents;
+
+namespace {
+// The read buffer of the adapter holds this much; more waiting is taken by the next read.
+constexpr links::DWORD readBufferSize = 256;
+} // namespace
+
+// The reply to one request of a network pass on the USB-RS485 adapter.
+void Scanners::USB485_inputscan() {
+    core::Module1& m = c_.m;
+    core::Form1Controls& f = c_.f;
+    links::FtdiApi& ftdi = *c_.links.ftdi;
+
+    yieldToEvents();
+    if (m.formclosing != 0) {
+        return;
+    }
+    m.scalelast[0].clear();
+
+    // The last chunk read: a print that makes several indicators answer at once arrives as one
+    // chunk of cells, and the cells behind the first are read from it.
+    QByteArray lastChunk;
+    bool printflag = false;
+    ReplyWait wait(c_.clock);
+    for (;;) {
+        if (wait.over()) {
+            // A silent scale: whatever it may still send is thrown away with the request.
+            m.usberrcount += 1;
+            ftdi.FT_Purge(m.usbhandle, links::FT_PURGE_RX | links::FT_PURGE_TX);
+            return;
+        }
+        wait.yield();
+        links::DWORD waiting = 0;
+        ftdi.FT_GetQueueStatus(m.usbhandle, waiting);
+        if (m.formclosing != 0) {
+            return;
+        }
+        if (waiting == 0) {
+            continue;
+        }
+        QByteArray chunk;
+        links::DWORD got = 0;
+        ftdi.FT_Read(m.usbhandle, chunk, std::min(waiting, readBufferSize), got);
+        chunk.truncate(got);
+        lastChunk = appendReply(m.scalelast[0], chunk);
+        printflag = m.scalelast[0].size() > 1 && m.scalelast[0].at(1) == u'+';
+        if (m.scalelast[0].contains(u'\r')) {
+            break;
+        }
+    }
+
+    const QString line = core::trimBlanks(m.scalelast[0]);
+    m.scalelast[0].clear();
+    const std::optional<AddressedReply> reply = splitAddress(line);
+    if (!reply) {
+        return;
+    }
+    const std::optional<MarkedText> marked = readMarkers(m, reply->text, printflag);
+    if (!marked) {
+        return;
+    }
+    if (marked->groupflag == 1) {
+        f.txt_groupnum.text =
+            QStringLiteral(" Group ") + marked->group + QStringLiteral("  ") + marked->groupText;
+    }
+    const int i = findScale(m, reply->address);
+    if (i < 0) {
+        return;
+    }
+
+    m.scaleweight[i] = marked->text;
+    yieldToEvents();
+    showOnScreen(i);
+    // Slave window k shows table entry k, so only the window of this scale's entry changes.
+    if (i < core::slaveCount && m.slaveopen[i] == 1 && c_.hooks.showOnSlave) {
+        c_.hooks.showOnSlave(i, m.scaleweight[i]);
+    }
+    scanTable_.showScale(i);
+
+    const QString scaleid = QString::number(m.netid[i]);
+    if (f.Check1.value() == 1 && marked->groupflag == 1) {
+        store(scaleid, m.scaleweight[i]);
+        yieldToEvents();
+    }
+    // A "#" reading with "Auto Save" ticked is kept by both stores: that is wanted.
+    if (f.chk_SaveOnPrint.value() == 1 || marked->printflag) {
+        qint64 id = store(scaleid, lastSix(m.scaleweight[i]));
+        // The other indicators of the same print: rows only, never the display or the table.
+        for (const FurtherCell& cell : furtherCells(lastChunk)) {
+            id = store(QString::number(cell.address), lastSix(cell.text));
+        }
+        if (f.chk_Excel.value() == 1) {
+            excelOutput(id);
+        }
+    }
+    yieldToEvents();
+}
+
+} // namespace stellwyn::acquisition
