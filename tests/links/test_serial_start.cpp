@@ -5,9 +5,12 @@
 #include "ScaleCfgFixture.h"
 #include "TempHome.h"
 #include "core/AppHome.h"
+#include "core/Clock.h"
 #include "core/FatalError.h"
 #include "core/Module1.h"
 #include "links/SerialLink.h"
+#include "sim/Bus.h"
+#include "sim/InProcessLink.h"
 
 #include <QTest>
 
@@ -50,6 +53,7 @@ private slots:
     void rs485_start_readsTheProgramFolderNotTheDataFolder();
     void rs485_start_twelfthScaleIsFatal();
     void rs485_start_emptyNetIdIsFatal();
+    void rs485_start_thenTheSimulatedNetworkAnswersEachScale();
 };
 
 void SerialStart::rs232_start_data() {
@@ -238,6 +242,37 @@ void SerialStart::rs485_start_emptyNetIdIsFatal() {
     QVERIFY_THROWS_EXCEPTION(core::FatalError,
                              links::SerialLink(m, port, dialogs, appHome).rs485_start());
     QCOMPARE(dialogs.said, QStringList{});
+}
+
+void SerialStart::rs485_start_thenTheSimulatedNetworkAnswersEachScale() {
+    testsupport::TempHome home;
+    linkstest::makeScaleCfg(home.path(), QStringLiteral("sccfg.mdb"),
+                            linkstest::scaleRows(QStringLiteral("RS485/131 RS485/130")));
+    core::AppHome appHome(home.path());
+    core::VirtualClock clock;
+    sim::Bus bus(sim::Bus::Mode::Addressed);
+    bus.add(130);
+    bus.add(131);
+    sim::InProcessLink line(bus, clock);
+    core::Module1 m;
+    m.commport = 1;
+    FakeSerialPort port;
+    port.attach(line);
+    RecordingDialogs dialogs;
+
+    links::SerialLink(m, port, dialogs, appHome).rs485_start();
+
+    for (int i = 0; i < m.scalecount; ++i) {
+        port.Output(QByteArray(1, static_cast<char>(m.netid[i])));
+        port.Output("\x11");
+        port.Output("1");
+        clock.advance(0.1);
+        const QByteArray reply = port.Input();
+        QVERIFY(reply.endsWith("\r\n"));
+        QCOMPARE(static_cast<unsigned char>(reply.at(0)), static_cast<unsigned char>(m.netid[i]));
+    }
+    QCOMPARE(bus.find(130)->requests(), QByteArray("1"));
+    QCOMPARE(bus.find(131)->requests(), QByteArray("1"));
 }
 
 QTEST_GUILESS_MAIN(SerialStart)
