@@ -3,6 +3,7 @@
 #include "core/SettingsStore.h"
 #include "links/D2xxFtdi.h"
 #include "links/KernelFtdi.h"
+#include "links/ListSetting.h"
 #include "links/SimFtdi.h"
 
 namespace stellwyn::links {
@@ -21,10 +22,11 @@ std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings, core::
                                           dialogs);
     }
     if (backend == u"sim") {
-        return std::make_unique<SimFtdi>(
-            simNetIds(
-                settings.getSetting(section, QStringLiteral("SimNetIds"), QStringLiteral("130"))),
-            clock);
+        const QString key = QStringLiteral("SimNetIds");
+        const QStringList entries = settings.contains(section, key)
+                                        ? commaListSetting(settings, section, key)
+                                        : QStringList{QStringLiteral("130")};
+        return std::make_unique<SimFtdi>(simNetIds(entries), clock);
     }
     return std::make_unique<KernelFtdi>(settings);
 }

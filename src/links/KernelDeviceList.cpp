@@ -2,6 +2,7 @@
 
 #include "core/SettingsStore.h"
 #include "links/ByteText.h"
+#include "links/ListSetting.h"
 
 #include <QFileInfo>
 #include <QSerialPortInfo>
@@ -60,11 +61,8 @@ QList<KernelDevice> kernelDevices(const core::SettingsStore& settings) {
     const QString section = QStringLiteral("USB");
     const QString key = QStringLiteral("Devices");
     if (settings.contains(section, key)) {
-        for (const QString& entry : settings.getSetting(section, key, QString()).split(u',')) {
-            const QString path = entry.trimmed();
-            if (!path.isEmpty()) {
-                devices << KernelDevice{path, infoOfPath(path, ports)};
-            }
+        for (const QString& path : commaListSetting(settings, section, key)) {
+            devices << KernelDevice{path, infoOfPath(path, ports)};
         }
         return devices;
     }

@@ -25,9 +25,9 @@ std::unique_ptr<FtdiChannel> SimFtdi::openChannel(int index) {
     return std::make_unique<SimChannel>(bus_, clock_);
 }
 
-QList<int> simNetIds(const QString& text) {
+QList<int> simNetIds(const QStringList& entries) {
     QList<int> netIds;
-    for (const QString& entry : text.split(u',', Qt::SkipEmptyParts)) {
+    for (const QString& entry : entries) {
         bool ok = false;
         const int netId = entry.trimmed().toInt(&ok);
         if (ok) {

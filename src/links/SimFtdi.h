@@ -4,6 +4,7 @@
 #include "sim/Bus.h"
 
 #include <QList>
+#include <QStringList>
 
 namespace stellwyn::core {
 class Clock;
@@ -28,7 +29,7 @@ private:
     sim::Bus bus_;
 };
 
-// The NetIDs of a text such as "130,131,132"; entries that are not numbers are passed over.
-QList<int> simNetIds(const QString& text);
+// The NetIDs among the entries; entries that are not numbers are passed over.
+QList<int> simNetIds(const QStringList& entries);
 
 } // namespace stellwyn::links

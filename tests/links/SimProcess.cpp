@@ -1,5 +1,6 @@
 #include "SimProcess.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 namespace stellwyn::linkstest {
@@ -27,8 +28,10 @@ QByteArray decodeFrame(const QByteArray& text) {
 } // namespace
 
 SimProcess::SimProcess(const QStringList& arguments) {
+    // The test programs are built beside stellwyn-sim, which covers a run outside CTest.
     const QString program =
-        qEnvironmentVariable("STELLWYN_BIN_DIR") + QStringLiteral("/stellwyn-sim");
+        qEnvironmentVariable("STELLWYN_BIN_DIR", QCoreApplication::applicationDirPath()) +
+        QStringLiteral("/stellwyn-sim");
     process_.setProgram(program);
     process_.setArguments(arguments +
                           QStringList{QStringLiteral("--log"), dir_.filePath(logName())});

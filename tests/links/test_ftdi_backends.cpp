@@ -94,6 +94,7 @@ private slots:
     void sim_readWaitsOnTheClockUpToItsTimeout();
     void factory_picksTheBackendOfTheSettings_data();
     void factory_picksTheBackendOfTheSettings();
+    void settings_listsTypedByHandAreRead();
 };
 
 void FtdiBackends::kernel_deviceList_data() {
@@ -304,6 +305,25 @@ void FtdiBackends::factory_picksTheBackendOfTheSettings() {
         QCOMPARE(sim->bus().indicators().size(), std::size_t(3));
         QVERIFY(sim->bus().find(132) != nullptr);
     }
+}
+
+void FtdiBackends::settings_listsTypedByHandAreRead() {
+    testsupport::TempHome home;
+    home.write(QStringLiteral("stellwyn.ini"),
+               "[USB]\nBackend=sim\nSimNetIds=130,131\nDevices=/dev/null, /dev/zero,\n");
+    core::SettingsStore settings(home.file(QStringLiteral("stellwyn.ini")));
+    RecordingDialogs dialogs;
+    core::VirtualClock clock;
+
+    const std::unique_ptr<FtdiApi> sim = links::makeFtdiApi(settings, dialogs, clock);
+    auto* bus = dynamic_cast<links::SimFtdi*>(sim.get());
+    QVERIFY(bus != nullptr);
+    QCOMPARE(bus->bus().indicators().size(), std::size_t(2));
+
+    links::KernelFtdi kernel(settings);
+    DWORD count = 0;
+    QCOMPARE(kernel.FT_ListDevices(count, links::FT_LIST_NUMBER_ONLY), FT_OK);
+    QCOMPARE(count, DWORD(2));
 }
 
 QTEST_GUILESS_MAIN(FtdiBackends)
