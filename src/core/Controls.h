@@ -43,6 +43,29 @@ private:
     int value_ = 0;
 };
 
+// A button; its click is wired by the piece that owns what it does.
+struct CommandButton {
+    QString caption;
+    bool enabled = true;
+    bool visible = true;
+    std::function<void()> Click;
+};
+
+// A frame of the form: a caption around other controls, which it disables with itself.
+struct Frame {
+    QString caption;
+    bool enabled = true;
+    bool visible = true;
+};
+
+// A data control: the connection and the query of the recordset a form holds. The code that
+// refreshes it re-runs the query; whatever is bound to it follows through Refreshed.
+struct DataControl {
+    QString ConnectionString;
+    QString RecordSource;
+    std::function<void()> Refreshed;
+};
+
 class OptionGroup;
 
 class OptionButton {

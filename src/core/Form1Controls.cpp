@@ -8,6 +8,7 @@ Form1Controls::Form1Controls() {
     Datamsg.caption = QStringLiteral("Collecting Data...");
     Datamsg.visible = false;
     Label1.caption = QStringLiteral("Active Scale:");
+    frame_mode.caption = QStringLiteral("Operating Mode");
     opt_single.caption = QStringLiteral("Single");
     opt_network.caption = QStringLiteral("Network");
     modeGroup.add(opt_single);
@@ -15,6 +16,7 @@ Form1Controls::Form1Controls() {
     chk_pollenb.caption = QStringLiteral("Poll");
     Label2.caption = QStringLiteral("Poll Time:");
     chk_frame.caption = QStringLiteral("Frame");
+    Frame2.caption = QStringLiteral("Show");
     opt_netscan.caption = QStringLiteral("Network Scan");
     opt_none.caption = QStringLiteral("None");
     opt_datacol.caption = QStringLiteral("Data Collection");
@@ -25,6 +27,12 @@ Form1Controls::Form1Controls() {
     chk_txon.visible = false;
     // Ticked by design, before any handler is attached.
     chk_txon.setValue(1);
+    Command1.caption = QStringLiteral("E&xit");
+    Frame5.caption = QStringLiteral("Slave Windows");
+    Command11.caption = QStringLiteral("Open For Current Scale");
+    btn_saveslave.caption = QStringLiteral("Save Current Layout");
+    btn_slavesload.caption = QStringLiteral("Restore Saved Layout");
+    btn_closeallslaves.caption = QStringLiteral("Close All");
 
     NetFrame.caption = QStringLiteral("Network Scan");
 
@@ -34,6 +42,9 @@ Form1Controls::Form1Controls() {
     chk_Excel.caption = QStringLiteral("Excel Output");
     chk_Reset_Row.caption = QStringLiteral("Excel Row 1");
     chk_Reset_Row.visible = false;
+    opt_ID.caption = QStringLiteral("ID");
+    // Sorting by ID is the option selected at design, before any handler is attached.
+    opt_ID.setValue(true);
 
     Timer2.setInterval(100);
     Timer3.setInterval(100);

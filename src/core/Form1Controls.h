@@ -31,6 +31,7 @@ public:
     // Controls panel.
     Label Label1;
     ComboBox Combo1;
+    Frame frame_mode;
     OptionButton opt_single;
     OptionButton opt_network;
     OptionGroup modeGroup;
@@ -38,11 +39,18 @@ public:
     Label Label2;
     TextBox txt_polltime;
     CheckBox chk_frame;
+    Frame Frame2;
     OptionButton opt_netscan;
     OptionButton opt_none;
     OptionButton opt_datacol;
     OptionGroup showGroup;
     CheckBox chk_txon;
+    CommandButton Command1;
+    Frame Frame5;
+    CommandButton Command11;
+    CommandButton btn_saveslave;
+    CommandButton btn_slavesload;
+    CommandButton btn_closeallslaves;
 
     // Lower panes.
     bool netwindowVisible = false;
@@ -56,6 +64,11 @@ public:
     CheckBox chk_SaveOnPrint;
     CheckBox chk_Excel;
     CheckBox chk_Reset_Row;
+    OptionButton opt_ID;
+
+    // The recordsets of the scale rows and of the readings.
+    DataControl data1;
+    DataControl data2;
 
     // Timers.
     CheckedArray<Timer, timer1Count> Timer1;
