@@ -22,7 +22,7 @@ double numberOrDefault(const QVariant& value, const QString& field, const QStrin
 void loadsettings(Module1& m) {
     const SysCfgRecord row = readSysCfg(m.cfgconn);
     m.commtype = toText(row.commtype, QStringLiteral("commtype"));
-    m.commsettings = QStringLiteral("9600,N,8,1");
+    m.commsettings = serialLineSettings();
     m.commport = toInt16(row.commport, QStringLiteral("commport"));
     m.rfnet = toInt16(row.rfnet, QStringLiteral("rfnet"));
     m.smallfonts = toInt16(row.smallfonts, QStringLiteral("smallfonts"));

@@ -42,7 +42,7 @@ void SerialLink::rs485_start() {
     }
     MSComm1_.CommPort(m_.commport);
     // The network runs at the one framing its indicators know, whatever the settings say.
-    MSComm1_.Settings(QStringLiteral("9600,N,8,1"));
+    MSComm1_.Settings(core::serialLineSettings());
     MSComm1_.InputLen(0);
     if (!openTrapped()) {
         return;

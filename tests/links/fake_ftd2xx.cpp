@@ -69,11 +69,11 @@ extern "C" {
 
 // "SERIAL|Description;SERIAL|Description": the devices on the bus, all closed; forgets
 // everything else.
-void fakeftd2xx_setup(const char* spec) {
+void fakeftd2xx_setup(const char* script) {
     devices.clear();
     failures.clear();
     callLog.clear();
-    std::stringstream all(spec);
+    std::stringstream all(script);
     std::string item;
     while (std::getline(all, item, ';')) {
         const auto bar = item.find('|');

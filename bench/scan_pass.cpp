@@ -1,0 +1,160 @@
+// Network scan passes over ten scales, through the kernel FTDI backend and a pseudo-terminal to
+// stellwyn-sim pacing its line at 9600 baud: how close a pass comes to the time its bytes need
+// on the wire, and what it costs the processor. Then the same with three scales silent.
+//
+//   scan_pass [--passes N] [--sim PATH]
+#include "acquisition/AcquisitionContext.h"
+#include "acquisition/ModeTimers.h"
+#include "acquisition/Scanners.h"
+#include "core/Clock.h"
+#include "core/Dialogs.h"
+#include "core/Form1Controls.h"
+#include "core/Module1.h"
+#include "core/SettingsStore.h"
+#include "links/FtdiFactory.h"
+#include "links/UsbLink.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <vector>
+
+using namespace stellwyn;
+
+namespace {
+
+constexpr int scales = 10;
+constexpr int firstNetId = 130;
+constexpr int requestBytes = 3;
+constexpr int replyBytes = 11;
+constexpr double netdeltime = 0.01;
+
+double cpuSeconds() {
+    timespec ts{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
+    return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) / 1e9;
+}
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    const std::size_t n = values.size();
+    return n % 2 == 1 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2.0;
+}
+
+struct Figures {
+    double medianPass = 0;
+    double cpuPerPass = 0;
+};
+
+// Starts the simulator with the given silent scales and returns its pty path.
+QString startSimulator(QProcess& sim, const QString& program, const QList<int>& silent) {
+    QStringList ids;
+    for (int i = 0; i < scales; ++i) {
+        ids << QString::number(firstNetId + i);
+    }
+    QStringList args{QStringLiteral("--mode"), QStringLiteral("addressed"), QStringLiteral("--ids"),
+                     ids.join(u','), QStringLiteral("--pace")};
+    for (int id : silent) {
+        args << QStringLiteral("--set") << QStringLiteral("fault %1 silence").arg(id);
+    }
+    sim.start(program, args);
+    if (!sim.waitForStarted(10000) || !sim.waitForReadyRead(10000)) {
+        return {};
+    }
+    return QString::fromLocal8Bit(sim.readLine()).trimmed();
+}
+
+Figures run(const QString& simProgram, const QList<int>& silent, int passes) {
+    QProcess sim;
+    const QString pty = startSimulator(sim, simProgram, silent);
+    if (pty.isEmpty()) {
+        std::fprintf(stderr, "scan_pass: stellwyn-sim did not start\n");
+        std::exit(1);
+    }
+    QTemporaryDir home;
+    core::SettingsStore settings(home.filePath(QStringLiteral("stellwyn.ini")));
+    settings.saveSetting(QStringLiteral("USB"), QStringLiteral("Backend"), QStringLiteral("kernel"));
+    settings.saveSetting(QStringLiteral("USB"), QStringLiteral("Devices"), pty);
+
+    core::RealClock clock;
+    core::UnattendedDialogs dialogs(false);
+    core::Module1 m;
+    core::Form1Controls f;
+    std::unique_ptr<links::FtdiApi> ftdi = links::makeFtdiApi(settings, dialogs, clock);
+    links::UsbLink usb(m, *ftdi, dialogs);
+    usb.usb_open();
+    if (m.usbinitfail != 0) {
+        std::fprintf(stderr, "scan_pass: the adapter on %s did not open\n", qPrintable(pty));
+        std::exit(1);
+    }
+    m.commtype = QStringLiteral("USB485");
+    m.netdeltime = netdeltime;
+    m.scalecount = scales;
+    for (int i = 0; i < scales; ++i) {
+        m.netid[i] = firstNetId + i;
+        m.scaledesc[i] = QStringLiteral("SCALE %1").arg(firstNetId + i);
+    }
+    f.txt_polltime.text = QStringLiteral(".33");
+
+    acquisition::AcquisitionContext context{m, f, clock, {nullptr, ftdi.get(), &usb}, {}};
+    acquisition::Scanners scanners(context);
+    acquisition::ModeTimers timers(context, scanners);
+
+    timers.Timer1_Timer(0); // settles the line and the simulator before measuring
+    std::vector<double> times;
+    const double cpuStart = cpuSeconds();
+    for (int p = 0; p < passes; ++p) {
+        QElapsedTimer pass;
+        pass.start();
+        timers.Timer1_Timer(0);
+        times.push_back(static_cast<double>(pass.nsecsElapsed()) / 1e9);
+    }
+    const double cpu = cpuSeconds() - cpuStart;
+    usb.usb_close();
+    sim.terminate();
+    sim.waitForFinished(5000);
+    return {median(times), cpu / passes};
+}
+
+void report(const char* title, const Figures& figures, int answering) {
+    const double wire =
+        (scales * requestBytes + answering * replyBytes) * 10.0 / 9600.0 + scales * netdeltime;
+    std::printf("%s\n", title);
+    std::printf("  median pass      %8.1f ms\n", figures.medianPass * 1000.0);
+    std::printf("  wire time        %8.1f ms  (%d request and %d reply bytes at 9600 baud, "
+                "plus %.0f ms gap a scale)\n",
+                wire * 1000.0, scales * requestBytes, answering * replyBytes, netdeltime * 1000.0);
+    std::printf("  pass / wire      %8.2f\n", figures.medianPass / wire);
+    std::printf("  processor a pass %8.2f ms\n", figures.cpuPerPass * 1000.0);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    int passes = 20;
+    QString simProgram = QCoreApplication::applicationDirPath() + QStringLiteral("/stellwyn-sim");
+    const QStringList args = QCoreApplication::arguments();
+    for (int i = 1; i + 1 < args.size(); ++i) {
+        if (args[i] == u"--passes") {
+            passes = std::max(1, args[++i].toInt());
+        } else if (args[i] == u"--sim") {
+            simProgram = args[++i];
+        }
+    }
+    if (!QFileInfo::exists(simProgram)) {
+        std::fprintf(stderr, "scan_pass: no simulator at %s\n", qPrintable(simProgram));
+        return 1;
+    }
+    std::printf("scan_pass: %d passes over %d scales, kernel backend, pseudo-terminal, 9600 baud\n",
+                passes, scales);
+    report("all ten answering", run(simProgram, {}, passes), scales);
+    report("three silent", run(simProgram, {131, 134, 137}, passes), scales - 3);
+    return 0;
+}

@@ -1,0 +1,371 @@
+// The operating modes and the timers: what each link and mode sends, in order; the Timer1
+// chain and its guard; the halt and the restore of a mode around a transfer.
+#include "FakeSerialPort.h"
+#include "RecordingDialogs.h"
+#include "ScriptedFtdi.h"
+#include "VirtualTimers.h"
+#include "acquisition/AcquisitionContext.h"
+#include "acquisition/ModeTimers.h"
+#include "acquisition/Scanners.h"
+#include "core/Clock.h"
+#include "core/FatalError.h"
+#include "core/Form1Controls.h"
+#include "core/Module1.h"
+#include "links/UsbLink.h"
+#include "sim/Bus.h"
+#include "sim/InProcessLink.h"
+
+#include <QTest>
+
+using namespace stellwyn;
+using acquisition::ModeTimers;
+
+namespace {
+
+// A screen with two scales, 130 and 131, on every link at once; each test picks its commtype.
+struct Screen {
+    Screen()
+        : context{m, f, clock, {}, {}}, usb(m, ftdi, dialogs), scanners(context),
+          timers(context, scanners) {
+        port.PortOpen(true);
+        ftdi.devices = {{"A1", "adapter"}, {"B2", "scale b"}, {"C3", "scale c"}};
+        links::FtHandle h = 0;
+        ftdi.FT_Open(0, h);
+        m.usbhandle = h;
+        ftdi.FT_Open(1, usbScaleA);
+        ftdi.FT_Open(2, usbScaleB);
+        context.links = {&port, &ftdi, &usb};
+        m.netid[0] = 130;
+        m.netid[1] = 131;
+        m.scalecount = 2;
+        m.netdeltime = 0.01;
+        f.Combo1.addItem(QStringLiteral("SCALE 130"));
+        f.Combo1.addItem(QStringLiteral("SCALE 131"));
+        f.txt_polltime.text = QStringLiteral(".5");
+        timers.attach();
+    }
+
+    void useLink(const QString& commtype) {
+        m.commtype = commtype;
+        if (commtype == u"USB") {
+            m.netid[0] = usbScaleA;
+            m.netid[1] = usbScaleB;
+        }
+    }
+
+    QByteArray adapterBytes() { return ftdi.written.value(m.usbhandle); }
+
+    core::VirtualClock clock;
+    core::Module1 m;
+    core::Form1Controls f;
+    acquisition::AcquisitionContext context;
+    testsupport::RecordingDialogs dialogs;
+    linkstest::FakeSerialPort port;
+    linkstest::ScriptedFtdi ftdi;
+    links::UsbLink usb;
+    links::FtHandle usbScaleA = 0;
+    links::FtHandle usbScaleB = 0;
+    acquisition::Scanners scanners;
+    ModeTimers timers;
+};
+
+QByteArray bytes(std::initializer_list<int> values) {
+    QByteArray out;
+    for (int v : values) {
+        out += static_cast<char>(v);
+    }
+    return out;
+}
+
+} // namespace
+
+class ModeTimersTest : public QObject {
+    Q_OBJECT
+private slots:
+    void timer4_sendsTheReadingRequestOfEachLink_data();
+    void timer4_sendsTheReadingRequestOfEachLink();
+    void timer1_passAsksEveryScaleInOrder_data();
+    void timer1_passAsksEveryScaleInOrder();
+    void timer1_tickTurnedAwayByGuard_keepsIndex();
+    void timer1_chainArmsTheNextElementAndWraps();
+    void timer1_passWithNoScales_clearsFlagsAndSendsNothing();
+    void timer1_pendingKeyGoesOutBeforeThePass_data();
+    void timer1_pendingKeyGoesOutBeforeThePass();
+    void setmode_network_onRs232_changesNothing();
+    void networkClick_armsTimer1AndWritesCaption();
+    void pollTime_notANumber_isFatal();
+    void halttimers_stopsEveryTimerButLeavesThemEnabled();
+    void netStatPut_restartsTheSavedMode_data();
+    void netStatPut_restartsTheSavedMode();
+    void timer2AndTimer4_meetAtAYield();
+};
+
+void ModeTimersTest::timer4_sendsTheReadingRequestOfEachLink_data() {
+    QTest::addColumn<QString>("commtype");
+    QTest::addColumn<bool>("frame");
+    QTest::addColumn<QByteArray>("onPort");
+    QTest::addColumn<QByteArray>("onAdapter");
+    QTest::addColumn<QByteArray>("onScaleB");
+
+    QTest::newRow("RS232") << "RS232" << false << QByteArray("*P") << QByteArray() << QByteArray();
+    QTest::newRow("RS232 framed") << "RS232" << true << QByteArray("*F") << QByteArray()
+                                  << QByteArray();
+    QTest::newRow("RS485") << "RS485" << false << bytes({0x83, 0x11, '1'}) << QByteArray()
+                           << QByteArray();
+    QTest::newRow("RS485 framed") << "RS485" << true << bytes({0x83, 0x11, 'F'}) << QByteArray()
+                                  << QByteArray();
+    QTest::newRow("USB485") << "USB485" << false << QByteArray() << bytes({0x83, 0x11, '1'})
+                            << QByteArray();
+    QTest::newRow("USB framed") << "USB" << true << QByteArray() << QByteArray()
+                                << QByteArray("*F");
+}
+
+void ModeTimersTest::timer4_sendsTheReadingRequestOfEachLink() {
+    QFETCH(QString, commtype);
+    QFETCH(bool, frame);
+    QFETCH(QByteArray, onPort);
+    QFETCH(QByteArray, onAdapter);
+    QFETCH(QByteArray, onScaleB);
+
+    Screen s;
+    s.useLink(commtype);
+    s.f.chk_frame.setValue(frame ? 1 : 0);
+    s.f.Combo1.setListIndex(1);
+    s.timers.Timer4_Timer();
+
+    QCOMPARE(s.port.written, onPort);
+    QCOMPARE(s.adapterBytes(), onAdapter);
+    QCOMPARE(s.ftdi.written.value(s.usbScaleB), onScaleB);
+    if (commtype == u"RS485" || commtype == u"RS232") {
+        // One assignment per piece: the address, the marker, the code.
+        QCOMPARE(s.port.operations.size(), commtype == u"RS485" ? 4 : 3);
+    }
+}
+
+void ModeTimersTest::timer1_passAsksEveryScaleInOrder_data() {
+    QTest::addColumn<QString>("commtype");
+    QTest::addColumn<bool>("frame");
+    QTest::addColumn<QByteArray>("onPort");
+    QTest::addColumn<QByteArray>("onAdapter");
+
+    QTest::newRow("RS485") << "RS485" << false << bytes({0x82, 0x11, '1', 0x83, 0x11, '1'})
+                           << QByteArray();
+    QTest::newRow("RS485 framed") << "RS485" << true << bytes({0x82, 0x11, 'F', 0x83, 0x11, 'F'})
+                                  << QByteArray();
+    QTest::newRow("USB485") << "USB485" << false << QByteArray()
+                            << bytes({0x82, 0x11, '1', 0x83, 0x11, '1'});
+    QTest::newRow("USB485 framed")
+        << "USB485" << true << QByteArray() << bytes({0x82, 0x11, 'F', 0x83, 0x11, 'F'});
+    QTest::newRow("RS232 asks its one scale")
+        << "RS232" << false << QByteArray("*P") << QByteArray();
+}
+
+void ModeTimersTest::timer1_passAsksEveryScaleInOrder() {
+    QFETCH(QString, commtype);
+    QFETCH(bool, frame);
+    QFETCH(QByteArray, onPort);
+    QFETCH(QByteArray, onAdapter);
+
+    Screen s;
+    s.useLink(commtype);
+    s.f.chk_frame.setValue(frame ? 1 : 0);
+    s.timers.Timer1_Timer(0);
+    QCOMPARE(s.port.written, onPort);
+    QCOMPARE(s.adapterBytes(), onAdapter);
+    QCOMPARE(s.m.timerguard, 0);
+    QCOMPARE(s.m.keybusy, 0);
+    if (commtype == u"USB485") {
+        // The whole request goes in one write, and only after the gap between scales.
+        QVERIFY(s.ftdi.calls.filter(QStringLiteral("FT_Write h1 82 11")).size() == 1);
+    }
+}
+
+void ModeTimersTest::timer1_tickTurnedAwayByGuard_keepsIndex() {
+    Screen s;
+    s.useLink(QStringLiteral("RS485"));
+    s.m.timerguard = 1;
+    s.m.timer1index = 4;
+    s.f.Timer1[4].setInterval(500);
+    s.f.Timer1[4].setEnabled(true);
+    s.timers.Timer1_Timer(4);
+    QCOMPARE(s.m.timer1index, 4);
+    QVERIFY(s.f.Timer1[4].running());
+    QVERIFY(!s.f.Timer1[5].enabled());
+    QVERIFY(s.port.written.isEmpty());
+}
+
+void ModeTimersTest::timer1_chainArmsTheNextElementAndWraps() {
+    Screen s;
+    s.useLink(QStringLiteral("RS232"));
+    s.f.txt_polltime.text = QStringLiteral(" 1.25 ");
+    s.m.timer1index = 9;
+    s.f.Timer1[9].setEnabled(true);
+    s.timers.Timer1_Timer(9);
+    QCOMPARE(s.m.timer1index, 0);
+    QVERIFY(!s.f.Timer1[9].enabled());
+    QVERIFY(s.f.Timer1[0].enabled());
+    QCOMPARE(s.f.Timer1[0].interval(), 1250);
+}
+
+void ModeTimersTest::timer1_passWithNoScales_clearsFlagsAndSendsNothing() {
+    Screen s;
+    s.useLink(QStringLiteral("USB485"));
+    s.m.scalecount = 0;
+    s.timers.Timer1_Timer(0);
+    QVERIFY(s.adapterBytes().isEmpty());
+    QCOMPARE(s.m.timerguard, 0);
+    QCOMPARE(s.m.keybusy, 0);
+}
+
+void ModeTimersTest::timer1_pendingKeyGoesOutBeforeThePass_data() {
+    QTest::addColumn<QString>("commtype");
+    QTest::addColumn<int>("keycode");
+    QTest::addColumn<QByteArray>("sent");
+
+    QTest::newRow("RS485 key 5") << "RS485" << 5
+                                 << bytes({0x83, 0x11, '5', 0x82, 0x11, '1', 0x83, 0x11, '1'});
+    QTest::newRow("RS485 key 1 sends no key")
+        << "RS485" << 1 << bytes({0x83, 0x11, 0x82, 0x11, '1', 0x83, 0x11, '1'});
+    QTest::newRow("USB485 decimal point")
+        << "USB485" << 10 << bytes({0x83, 0x11, '.', 0x82, 0x11, '1', 0x83, 0x11, '1'});
+    QTest::newRow("USB485 enter") << "USB485" << 11
+                                  << bytes({0x83, 0x11, 'E', 0x82, 0x11, '1', 0x83, 0x11, '1'});
+    QTest::newRow("USB485 code 12 sends no key")
+        << "USB485" << 12 << bytes({0x83, 0x11, 0x82, 0x11, '1', 0x83, 0x11, '1'});
+}
+
+void ModeTimersTest::timer1_pendingKeyGoesOutBeforeThePass() {
+    QFETCH(QString, commtype);
+    QFETCH(int, keycode);
+    QFETCH(QByteArray, sent);
+
+    Screen s;
+    s.useLink(commtype);
+    s.m.curscale = 1;
+    s.m.keypending = 1;
+    s.m.keycode = static_cast<std::int16_t>(keycode);
+    s.timers.Timer1_Timer(0);
+    QCOMPARE(commtype == u"RS485" ? s.port.written : s.adapterBytes(), sent);
+    QCOMPARE(s.m.keypending, 0);
+    QCOMPARE(s.m.keycode, 0);
+}
+
+void ModeTimersTest::setmode_network_onRs232_changesNothing() {
+    Screen s;
+    s.useLink(QStringLiteral("RS232"));
+    s.f.Combo1.setListIndex(0);
+    s.timers.setmode(0);
+    const QString caption = s.f.caption;
+    s.timers.setmode(2);
+    QCOMPARE(s.m.opmode, 0);
+    QVERIFY(s.f.Timer2.running());
+    QCOMPARE(s.f.caption, caption);
+    QCOMPARE(caption, QStringLiteral("RS232 - Single Scale Mode"));
+}
+
+void ModeTimersTest::networkClick_armsTimer1AndWritesCaption() {
+    Screen s;
+    s.useLink(QStringLiteral("RS232"));
+    s.f.txt_polltime.text = QStringLiteral(".33");
+    s.f.opt_network.setValue(true);
+    QVERIFY(s.f.Timer1[0].running());
+    QCOMPARE(s.f.Timer1[0].interval(), 330);
+    QCOMPARE(s.m.networkmode, 1);
+    QCOMPARE(s.m.opmode, 0);
+    QCOMPARE(s.f.caption, QStringLiteral("RS232 - Network (Multi User) Mode (running .33 sec)"));
+    QVERIFY(!s.f.chk_pollenb.enabled);
+
+    s.f.opt_single.setValue(true);
+    QVERIFY(!s.f.Timer1[0].enabled());
+    QCOMPARE(s.m.networkmode, 0);
+    QCOMPARE(s.f.caption, QStringLiteral("RS232 - Single Scale Mode"));
+    QVERIFY(s.f.chk_pollenb.enabled);
+}
+
+void ModeTimersTest::pollTime_notANumber_isFatal() {
+    Screen s;
+    s.useLink(QStringLiteral("USB485"));
+    s.f.txt_polltime.text = QStringLiteral("fast");
+    QVERIFY_THROWS_EXCEPTION(core::FatalError, s.f.opt_network.setValue(true));
+    s.f.txt_polltime.text = QStringLiteral("70");
+    QVERIFY_THROWS_EXCEPTION(core::FatalError, s.timers.pollInterval());
+}
+
+void ModeTimersTest::halttimers_stopsEveryTimerButLeavesThemEnabled() {
+    Screen s;
+    s.useLink(QStringLiteral("USB485"));
+    s.f.Combo1.setListIndex(0);
+    s.f.chk_pollenb.setValue(1);
+    QVERIFY(s.f.Timer4.running());
+    s.timers.halttimers();
+    QVERIFY(s.f.Timer2.enabled());
+    QVERIFY(s.f.Timer4.enabled());
+    QVERIFY(!s.f.Timer2.running());
+    QVERIFY(!s.f.Timer4.running());
+    QCOMPARE(s.timers.savedIntervals()[10], 250);
+    QCOMPARE(s.timers.savedIntervals()[12], 500);
+    s.f.Timer4.setInterval(500);
+    QVERIFY(s.f.Timer4.running());
+}
+
+void ModeTimersTest::netStatPut_restartsTheSavedMode_data() {
+    QTest::addColumn<QString>("mode");
+    QTest::newRow("plain single") << "single";
+    QTest::newRow("single with polling") << "poll";
+    QTest::newRow("network") << "network";
+}
+
+void ModeTimersTest::netStatPut_restartsTheSavedMode() {
+    QFETCH(QString, mode);
+    Screen s;
+    s.useLink(QStringLiteral("USB485"));
+    s.f.Combo1.setListIndex(0);
+    if (mode == u"network") {
+        s.f.opt_network.setValue(true);
+    } else {
+        s.f.opt_single.setValue(true);
+        s.f.chk_pollenb.setValue(mode == u"poll" ? 1 : 0);
+    }
+
+    // A transfer: keep the mode, force plain single, halt everything.
+    s.timers.net_stat_get();
+    s.f.opt_single.setValue(true);
+    s.f.chk_pollenb.setValue(0);
+    s.timers.halttimers();
+    QVERIFY(!s.f.Timer2.running());
+
+    s.timers.net_stat_put();
+    if (mode == u"network") {
+        QVERIFY(s.f.Timer1[0].running());
+        QVERIFY(!s.f.Timer2.running());
+        QCOMPARE(s.m.opmode, 2);
+    } else {
+        QVERIFY(s.f.Timer2.running());
+        QCOMPARE(s.f.Timer2.interval(), 250);
+        QCOMPARE(s.f.Timer4.running(), mode == u"poll");
+        QCOMPARE(s.m.opmode, mode == u"poll" ? 1 : 0);
+    }
+}
+
+void ModeTimersTest::timer2AndTimer4_meetAtAYield() {
+    Screen s;
+    sim::Bus bus(sim::Bus::Mode::Addressed);
+    bus.add(131).weight().setFixedText(QByteArray(" 42.50"));
+    sim::InProcessLink line(bus, s.clock);
+    s.port.attach(line);
+    s.useLink(QStringLiteral("RS485"));
+    testsupport::VirtualTimers timers(s.clock);
+    timers.drive(s.f.Timer2);
+    timers.drive(s.f.Timer4);
+
+    s.f.Combo1.setListIndex(1);
+    s.f.chk_pollenb.setValue(1);
+    timers.runFor(0.6);
+
+    // The request of Timer4 went out while Timer2's scanner waited, and that wait took the reply.
+    QCOMPARE(s.port.written, bytes({0x83, 0x11, '1'}));
+    QCOMPARE(s.m.scaleweight[1].right(6), QStringLiteral(" 42.50"));
+}
+
+QTEST_GUILESS_MAIN(ModeTimersTest)
+#include "test_mode_timers.moc"
