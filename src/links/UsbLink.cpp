@@ -33,6 +33,10 @@ QString plainSerial(const QString& text) {
     return core::trimBlanks(kept);
 }
 
+QString openFailed() {
+    return QStringLiteral("Open Failed");
+}
+
 } // namespace
 
 UsbLink::UsbLink(core::Module1& m, FtdiApi& ftdi, core::Dialogs& dialogs)
@@ -54,14 +58,31 @@ void UsbLink::usb_open() {
     FtHandle handle = 0;
     if (ftdi_.FT_Open(0, handle) != FT_OK) {
         m_.usbinitfail = 1;
-        dialogs_.message(QStringLiteral("Open Failed"));
+        dialogs_.message(openFailed());
         return;
     }
     m_.usbinitfail = 0;
     m_.usbhandle = handle;
     // Armed before the line is set up; nothing in the working path waits on it.
     ftdi_.FT_SetEventNotification(handle, FT_EVENT_RXCHAR, m_.fteventhandle);
-    if (ftdi_.FT_SetBaudRate(handle, kBaudRate) != FT_OK) {
+    setLine(handle, kBaudRate);
+    try {
+        // usbreset is never loaded from the settings, so the retry count given is always 0.
+        if (ftdi_.FT_SetResetPipeRetryCount(handle, static_cast<DWORD>(m_.usbreset)) != FT_OK) {
+            // clang-format off
+            dialogs_.message(QStringLiteral("FT_SetResetPipeRetryCount Failed. The value for USB reset indicated in the Setup Screen may be invalid. The system will work but will not be optimized for USB errors."));
+            // clang-format on
+        }
+    } catch (const FtdiCallMissing&) {
+        dialogs_.message(
+            QStringLiteral("The USB drivers are out of date. Please install the latest drivers."));
+    }
+    m_.curnetid = handle;
+    core::yieldToEvents();
+}
+
+void UsbLink::setLine(FtHandle handle, DWORD baud) {
+    if (ftdi_.FT_SetBaudRate(handle, baud) != FT_OK) {
         dialogs_.message(QStringLiteral("SetBaudRate Failed"));
     }
     if (ftdi_.FT_SetDataCharacteristics(handle, FT_BITS_8, FT_STOP_BITS_1, FT_PARITY_NONE) !=
@@ -76,19 +97,16 @@ void UsbLink::usb_open() {
     if (ftdi_.FT_SetTimeouts(handle, kReadTimeoutMs, kWriteTimeoutMs) != FT_OK) {
         dialogs_.message(flowFailed);
     }
-    try {
-        // usbreset is never loaded from the settings, so the retry count given is always 0.
-        if (ftdi_.FT_SetResetPipeRetryCount(handle, static_cast<DWORD>(m_.usbreset)) != FT_OK) {
-            // clang-format off
-            dialogs_.message(QStringLiteral("FT_SetResetPipeRetryCount Failed. The value for USB reset indicated in the Setup Screen may be invalid. The system will work but will not be optimized for USB errors."));
-            // clang-format on
-        }
-    } catch (const FtdiCallMissing&) {
-        dialogs_.message(
-            QStringLiteral("The USB drivers are out of date. Please install the latest drivers."));
+}
+
+bool UsbLink::openUsbScale(int i, DWORD baud) {
+    if (ftdi_.FT_Open(i, m_.fthandle) != FT_OK) {
+        dialogs_.message(openFailed());
+        return false;
     }
-    m_.curnetid = handle;
-    core::yieldToEvents();
+    m_.netid[i] = m_.fthandle;
+    setLine(m_.fthandle, baud);
+    return true;
 }
 
 void UsbLink::usb_close() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <cstdint>
 
 namespace stellwyn::core {
 class Dialogs;
@@ -30,8 +31,15 @@ public:
     void usb485_start();
     // The table part of usb485_start, which the Ethernet start reuses as it stands.
     void usb485_filltable();
+    // The activation's open of scale i on "USB", device i of the bus: its handle goes into
+    // netid[i] and its line is set up at the baud rate of the scale's row. False, after saying
+    // so, when the device does not open.
+    bool openUsbScale(int i, std::uint32_t baud);
 
 private:
+    // Baud rate, framing, flow control and timeouts of an open device; each failure is told
+    // and passed over.
+    void setLine(std::int32_t handle, std::uint32_t baud);
     // The text of a list answer in ftlistbuf; false when the device did not answer.
     bool listDevice(int index, unsigned flags, QString& text);
 
