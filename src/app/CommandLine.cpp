@@ -15,6 +15,10 @@ QString helpText() {
         "  --unattended        show no dialog: messages go to standard error, one a line\n"
         "  --answer yes|no     the answer to every Yes/No question when unattended\n"
         "                      (default: no)\n"
+        "  --activate          open the main screen at start-up\n"
+        "  --demo              run on a demonstration home (made when missing: --home,\n"
+        "                      else demo/ in the user's data folder) whose three simulated\n"
+        "                      scales, NetIDs 130 to 132, show on the main screen\n"
         "  --version           print the version and exit\n"
         "  --help              print this help and exit\n");
 }
@@ -42,6 +46,10 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
             options.createDatabase = true;
         } else if (arg == u"--unattended") {
             options.unattended = true;
+        } else if (arg == u"--activate") {
+            options.activate = true;
+        } else if (arg == u"--demo") {
+            options.demo = true;
         } else if (arg == u"--home" || arg.startsWith(u"--home=")) {
             const auto home = value(QStringLiteral("--home"));
             if (!home) {

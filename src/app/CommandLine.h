@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <optional>
 
 namespace stellwyn::app {
@@ -12,6 +11,10 @@ struct CommandLine {
     bool createDatabase = false;
     bool unattended = false;
     bool answerYes = false;
+    // Opens the main screen at start-up, as "Activate Remote Screen" would.
+    bool activate = false;
+    // Runs on a demonstration home with simulated scales.
+    bool demo = false;
 };
 
 // Parses the arguments (without the program name). On a bad argument returns nothing and sets

@@ -1,14 +1,16 @@
 // The composition root: builds the one Module1, the dialogs, the settings store and the frame,
 // hands them to each part, and runs the start-up.
+#include "Main.h"
+
 #include "CommandLine.h"
+#include "DemoHome.h"
 #include "FrmAboutView.h"
 #include "FrmMain.h"
 #include "FrmMainView.h"
-#include "Main.h"
 #include "StellwynApplication.h"
 #include "Version.h"
-
 #include "core/AppHome.h"
+#include "core/Clock.h"
 #include "core/Dialogs.h"
 #include "core/FatalError.h"
 #include "core/GetdatapathView.h"
@@ -17,6 +19,13 @@
 #include "core/SettingsStore.h"
 #include "core/WidgetDialogsView.h"
 #include "core/store/CreateDatabase.h"
+#include "display/Form1.h"
+#include "display/Form1Host.h"
+#include "links/FtdiApi.h"
+#include "links/FtdiFactory.h"
+#include "links/SerialPort.h"
+#include "links/SerialPortFactory.h"
+#include "links/UsbLink.h"
 
 #include <cstdio>
 #include <memory>
@@ -35,8 +44,8 @@ int createDatabase(const core::AppHome& home) {
         printLine(stdout, QStringLiteral("created %1").arg(core::displayPath(path)));
     }
     for (const QString& path : result.leftAlone) {
-        printLine(stdout,
-                  QStringLiteral("%1 already exists; it was left as it was").arg(core::displayPath(path)));
+        printLine(stdout, QStringLiteral("%1 already exists; it was left as it was")
+                              .arg(core::displayPath(path)));
     }
     return 0;
 }
@@ -76,7 +85,8 @@ int main(int argc, char** argv) {
     }
     const app::CommandLine& options = *parsed.options;
 
-    const core::AppHome home(core::AppHome::resolve(options.home));
+    const core::AppHome home(options.demo ? app::demoHomeFolder(options.home)
+                                          : core::AppHome::resolve(options.home));
     if (!home.ensureExists()) {
         printLine(stderr, QStringLiteral("stellwyn: cannot make the application home %1")
                               .arg(core::displayPath(home.folder())));
@@ -115,13 +125,32 @@ int main(int argc, char** argv) {
     }
     application.setFatalHandler([&dialogs](const QString& text) { dialogs->fatal(text); });
 
+    if (options.demo) {
+        try {
+            app::prepareDemoHome(home);
+        } catch (const core::FatalError& error) {
+            application.fatal(error.text());
+            return 1;
+        }
+    }
+
     core::Module1 m;
+    core::RealClock clock;
     core::SettingsStore settings(home.file(QStringLiteral("stellwyn.ini")));
+    // The USB library and link live as long as the program: the adapter stays open between
+    // uses of the main screen. They are made at the first use of the screen.
+    std::unique_ptr<links::FtdiApi> ftdi;
+    std::unique_ptr<links::UsbLink> usb;
 
     app::FrmMain frame(m, *dialogs, settings);
     std::unique_ptr<app::FrmMainView> frameView;
     frame.loadsettings = [&m] { core::loadsettings(m); };
     frame.endProcess = [] { QCoreApplication::exit(0); };
+    frame.usb_close = [&usb] {
+        if (usb) {
+            usb->usb_close();
+        }
+    };
     QObject::connect(&frame, &app::FrmMain::showAbout, [&] {
         app::FrmAboutView about(*dialogs, frameView.get());
         about.exec();
@@ -143,16 +172,43 @@ int main(int argc, char** argv) {
     };
     start.loadsettings = [&m] { core::loadsettings(m); };
 
+    std::unique_ptr<display::Form1Host> screen;
+    auto makeForm1 = [&]() {
+        if (!ftdi) {
+            ftdi = links::makeFtdiApi(settings, *dialogs, clock);
+            usb = std::make_unique<links::UsbLink>(m, *ftdi, *dialogs);
+            if (options.demo) {
+                app::startDemoMotion(*ftdi);
+            }
+        }
+        display::Form1Services services{m,
+                                        *dialogs,
+                                        clock,
+                                        home,
+                                        [&settings] { return links::makeSerialPort(settings); },
+                                        ftdi.get(),
+                                        usb.get(),
+                                        {}};
+        return std::make_unique<display::Form1>(std::move(services));
+    };
+
     int status = 0;
     try {
         if (!start.run()) {
             return 0;
+        }
+        screen = std::make_unique<display::Form1Host>(*frameView->mdiArea(), makeForm1);
+        QObject::connect(&frame, &app::FrmMain::activateRemoteScreen, screen.get(),
+                         &display::Form1Host::show);
+        if (options.activate || options.demo) {
+            frame.m_ars_Click();
         }
         status = QApplication::exec();
     } catch (const core::FatalError& error) {
         application.fatal(error.text());
     }
     frame.MDIForm_Terminate();
+    screen.reset();
     if (widgetDialogs != nullptr) {
         widgetDialogs->setOwner(nullptr);
     }

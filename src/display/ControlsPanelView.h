@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Form1Layout.h"
+
+#include <QWidget>
+#include <functional>
+#include <vector>
+
+class QAbstractButton;
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+
+namespace stellwyn::core {
+class CheckBox;
+struct CommandButton;
+struct Frame;
+class OptionButton;
+struct Label;
+} // namespace stellwyn::core
+
+namespace stellwyn::display {
+
+class Form1;
+
+// The controls panel beside the picture: the scale choice, the operating mode, what the lower
+// pane shows, the exit button and the slave window commands. Each control is placed in design
+// twips and scales with the pane; the operator's input goes to the form's controls, whose click
+// handling does the rest.
+class ControlsPanelView : public QWidget {
+    Q_OBJECT
+public:
+    ControlsPanelView(Form1& form, QWidget* parent = nullptr);
+
+    void setScale(double scale);
+    // Brings every widget in line with the form's state.
+    void sync();
+
+private:
+    template <typename W> W* placed(W* widget, const Place& place);
+    QGroupBox* frame(const core::Frame& state, const Place& place, const char* name);
+    QRadioButton* option(core::OptionButton& state, QWidget* parent, const Place& place,
+                         const char* name);
+    QCheckBox* check(core::CheckBox& state, QWidget* parent, const Place& place, const char* name);
+    QPushButton* button(core::CommandButton& state, QWidget* parent, const Place& place,
+                        const char* name);
+    QLabel* label(const core::Label& state, QWidget* parent, const Place& place, const char* name);
+
+    Form1& form_;
+    double scale_ = 1.0 / 15.0;
+    struct Placement {
+        QWidget* widget;
+        Place place;
+    };
+    std::vector<Placement> placements_;
+    std::vector<std::function<void()>> syncs_;
+    QComboBox* combo_ = nullptr;
+    QLineEdit* polltime_ = nullptr;
+};
+
+} // namespace stellwyn::display

@@ -1,0 +1,139 @@
+#include "Form1.h"
+
+#include "acquisition/QtTimerDriver.h"
+#include "core/Module1.h"
+#include "core/Yield.h"
+#include "links/SerialPort.h"
+
+namespace stellwyn::display {
+
+using core::yieldToEvents;
+
+Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
+    : QObject(parent), s_(std::move(services)), calls_(std::move(calls)),
+      MSComm1_(s_.makeMSComm1()), context_{s_.m,
+                                           f_,
+                                           s_.clock,
+                                           {MSComm1_.get(), s_.ftdi, s_.usb},
+                                           {}},
+      serialLink_(s_.m, *MSComm1_, s_.dialogs, s_.home), scanners_(context_),
+      timers_(context_, scanners_), scanTable_(context_), keypad_(context_, s_.dialogs),
+      data1_(f_.data1) {
+    context_.hooks.data1FindId = [this](std::int32_t scaleid) {
+        data1_.MoveFirst();
+        data1_.FindId(scaleid);
+    };
+    timers_.attach();
+    scanTable_.attach();
+    // The collection pane's own handler takes this over when it is wired; until then the
+    // option shows the pane as the scan table says.
+    f_.opt_datacol.Click = [this] { scanTable_.opt_datacol_Click(); };
+    f_.Command1.Click = [this] { Command1_Click(); };
+    driveTimers();
+}
+
+Form1::~Form1() = default;
+
+void Form1::driveTimers() {
+    std::vector<core::Timer*> all;
+    for (int i = 0; i < core::timer1Count; ++i) {
+        all.push_back(&f_.Timer1[i]);
+    }
+    all.push_back(&f_.Timer2);
+    all.push_back(&f_.Timer3);
+    all.push_back(&f_.Timer4);
+    for (int i = 0; i < core::timer5Count; ++i) {
+        all.push_back(&f_.Timer5[i]);
+    }
+    if (!s_.driveTimer) {
+        timerDriver_ = std::make_unique<acquisition::QtTimerDriver>();
+    }
+    for (core::Timer* timer : all) {
+        // A tick may yield, and the operator may close the form in that yield: the form stays
+        // until the tick is over.
+        timer->Tick = [this, tick = timer->Tick] {
+            if (tick) {
+                Busy busy(*this);
+                tick();
+            }
+        };
+        if (s_.driveTimer) {
+            s_.driveTimer(*timer);
+        } else {
+            timerDriver_->drive(*timer);
+        }
+    }
+}
+
+void Form1::runEvent(const std::function<void()>& handler) {
+    if (unloaded_) {
+        return;
+    }
+    Busy busy(*this);
+    handler();
+}
+
+void Form1::Form_Load() {
+    s_.m.formclosing = core::vbFalse;
+}
+
+void Form1::formactivate() {
+    yieldToEvents();
+}
+
+void Form1::Command1_Click() {
+    Busy busy(*this);
+    yieldToEvents();
+    for (int i = 0; i < core::timer1Count; ++i) {
+        f_.Timer1[i].setInterval(0);
+        f_.Timer1[i].setEnabled(false);
+    }
+    yieldToEvents();
+    for (core::Timer* timer : {&f_.Timer2, &f_.Timer3, &f_.Timer4}) {
+        timer->setInterval(0);
+        timer->setEnabled(false);
+    }
+    yieldToEvents();
+    s_.m.formactive = core::vbFalse;
+    yieldToEvents();
+    unload();
+}
+
+void Form1::Form_Unload() {
+    core::Module1& m = s_.m;
+    for (int i = 0; i < core::timer1Count; ++i) {
+        f_.Timer1[i].setEnabled(false);
+    }
+    f_.Timer2.setEnabled(false);
+    f_.Timer3.setEnabled(false);
+    f_.Timer4.setEnabled(false);
+    m.clearscales();
+    m.formactive = core::vbFalse;
+    for (int k = 0; k < core::slaveCount; ++k) {
+        if (m.slaveopen[k] == 1) {
+            m.slaveopen[k] = 0;
+            if (calls_.unloadSlave) {
+                calls_.unloadSlave(k);
+            }
+        }
+    }
+    timers_.halttimers();
+    m.formclosing = core::vbTrue;
+}
+
+void Form1::unload() {
+    if (unloaded_) {
+        return;
+    }
+    unloaded_ = true;
+    visible_ = false;
+    Form_Unload();
+    emit unloaded();
+}
+
+void Form1::hide() {
+    visible_ = false;
+    emit hidden();
+}
+
+} // namespace stellwyn::display

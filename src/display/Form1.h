@@ -1,0 +1,148 @@
+#pragma once
+
+#include "Data1Recordset.h"
+#include "Form1Layout.h"
+#include "Keypad.h"
+#include "acquisition/AcquisitionContext.h"
+#include "acquisition/ModeTimers.h"
+#include "acquisition/ScanTable.h"
+#include "acquisition/Scanners.h"
+#include "core/Form1Controls.h"
+#include "links/SerialLink.h"
+
+#include <QObject>
+#include <functional>
+#include <memory>
+
+namespace stellwyn::core {
+class AppHome;
+class Clock;
+class Dialogs;
+class Module1;
+class Timer;
+} // namespace stellwyn::core
+
+namespace stellwyn::links {
+class FtdiApi;
+class SerialPort;
+class UsbLink;
+} // namespace stellwyn::links
+
+namespace stellwyn::acquisition {
+class QtTimerDriver;
+}
+
+namespace stellwyn::display {
+
+// What the main screen is built from. The USB link and its library live as long as the
+// program, since the adapter stays open between uses of the screen; the serial port is made
+// for each screen and closes with it.
+struct Form1Services {
+    core::Module1& m;
+    core::Dialogs& dialogs;
+    core::Clock& clock;
+    const core::AppHome& home;
+    std::function<std::unique_ptr<links::SerialPort>()> makeMSComm1;
+    links::FtdiApi* ftdi = nullptr;
+    links::UsbLink* usb = nullptr;
+    // Turns the state of each timer into ticks; real timers on the event loop when unset.
+    std::function<void(core::Timer&)> driveTimer;
+};
+
+// The routines of other screens and links the activation and the unload call. Unset ones are
+// passed over.
+struct Form1Calls {
+    std::function<void()> slavesload;
+    std::function<void()> rf_setup;
+    std::function<void()> ethernet_start;
+    // The socket's state: 7 once connected.
+    std::function<int()> winsockState;
+    std::function<void(int k)> unloadSlave;
+};
+
+// The main screen: creates the acquisition pieces, wires each control event to the piece that
+// owns it, and runs the screen's life from load to unload. The view draws its state.
+class Form1 : public QObject {
+    Q_OBJECT
+public:
+    explicit Form1(Form1Services services, Form1Calls calls = {}, QObject* parent = nullptr);
+    ~Form1() override;
+
+    core::Form1Controls& controls() { return f_; }
+    const Form1Layout& layout() const { return layout_; }
+    Keypad& keypad() { return keypad_; }
+    acquisition::ScanTable& scanTable() { return scanTable_; }
+    acquisition::ModeTimers& modeTimers() { return timers_; }
+    Data1Recordset& data1() { return data1_; }
+    links::SerialPort& MSComm1() { return *MSComm1_; }
+
+    void Form_Load();
+    // Each activation of the window; the body runs once for each life of the form.
+    void Form_Activate();
+    // A public routine other screens call: one yield.
+    void formactivate();
+    void Command1_Click();
+    void Form_Unload();
+    // Any unload of the form: Form_Unload runs, then the form goes.
+    void unload();
+    void hide();
+
+    // Adds the default ScaleCFG row for scale i unless one with its serial number exists.
+    void adddefrec(int i);
+
+    bool isVisible() const { return visible_; }
+    bool isUnloaded() const { return unloaded_; }
+    // True while one of the form's handlers runs, in a yield or not: the form must outlive it.
+    bool busy() const { return busy_ > 0; }
+    // Runs an event of the form's controls, keeping the form alive while it does.
+    void runEvent(const std::function<void()>& handler);
+
+signals:
+    void hidden();
+    void unloaded();
+
+private:
+    // Counts a running handler for as long as it runs.
+    class Busy {
+    public:
+        explicit Busy(Form1& form) : form_(form) { ++form_.busy_; }
+        ~Busy() { --form_.busy_; }
+        Busy(const Busy&) = delete;
+        Busy& operator=(const Busy&) = delete;
+
+    private:
+        Form1& form_;
+    };
+
+    void driveTimers();
+    // The steps of the activation, each false when the activation ends there.
+    void placePanes();
+    bool startLink();
+    void bindData();
+    bool matchScaleRows();
+    void matchScaleRow(int i, bool& opened);
+    void fillCombo();
+    void seedTimers();
+    void setDefaultMode();
+    // After a yield: the operator may have closed the form meanwhile.
+    bool gone() const { return unloaded_; }
+
+    Form1Services s_;
+    Form1Calls calls_;
+    core::Form1Controls f_;
+    Form1Layout layout_;
+    std::unique_ptr<links::SerialPort> MSComm1_;
+    acquisition::AcquisitionContext context_;
+    links::SerialLink serialLink_;
+    acquisition::Scanners scanners_;
+    acquisition::ModeTimers timers_;
+    acquisition::ScanTable scanTable_;
+    Keypad keypad_;
+    Data1Recordset data1_;
+    std::unique_ptr<acquisition::QtTimerDriver> timerDriver_;
+    bool visible_ = true;
+    bool unloaded_ = false;
+    int busy_ = 0;
+};
+
+} // namespace stellwyn::display

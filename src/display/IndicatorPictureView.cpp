@@ -1,0 +1,154 @@
+#include "IndicatorPictureView.h"
+
+#include "DisplayFace.h"
+#include "Form1.h"
+#include "IndicatorPainter.h"
+#include "Twips.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPainter>
+#include <cmath>
+
+namespace stellwyn::display {
+
+namespace {
+
+// Where the group text and the collecting note stand over the picture, in design twips.
+constexpr Place groupnumPlace{1320, 2820, 3495, 330};
+constexpr Place datamsgPlace{1320, 3270, 3495, 285};
+
+QColor litSegment() {
+    return {0xff, 0x45, 0x2e};
+}
+
+// The live weight. On the seven-segment face the unlit segments glow faintly behind the lit
+// ones, as on the glass of a real display.
+class SegmentLabel final : public QLabel {
+public:
+    using QLabel::QLabel;
+    bool ghosts = false;
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        if (ghosts) {
+            QPainter p(this);
+            p.setFont(font());
+            p.setPen(QColor(0xff, 0x45, 0x2e, 28));
+            p.drawText(contentsRect(), static_cast<int>(alignment()), QStringLiteral("888888"));
+        }
+        QLabel::paintEvent(event);
+    }
+};
+
+} // namespace
+
+IndicatorPictureView::IndicatorPictureView(Form1& form, QWidget* parent)
+    : QWidget(parent), form_(form), screen_(new SegmentLabel(this)), groupnum_(new QLineEdit(this)),
+      datamsg_(new QLabel(this)) {
+    setObjectName(QStringLiteral("vsElastic1"));
+    setMouseTracking(true);
+    screen_->setObjectName(QStringLiteral("Screen"));
+    screen_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    QPalette lit = screen_->palette();
+    lit.setColor(QPalette::WindowText, litSegment());
+    screen_->setPalette(lit);
+    // The labels over the picture let the pointer through to the keypad's pane.
+    screen_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    datamsg_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    groupnum_->setObjectName(QStringLiteral("txt_groupnum"));
+    groupnum_->setReadOnly(true);
+    groupnum_->setFocusPolicy(Qt::NoFocus);
+    groupnum_->setStyleSheet(QStringLiteral(
+        "QLineEdit { background: #14171b; color: #e8c070; border: 1px solid #0b0d10; }"));
+    datamsg_->setObjectName(QStringLiteral("Datamsg"));
+    QPalette note = datamsg_->palette();
+    note.setColor(QPalette::WindowText, QColor(0xe8, 0xc0, 0x70));
+    datamsg_->setPalette(note);
+    placeChildren();
+    sync();
+}
+
+void IndicatorPictureView::setScale(double scale) {
+    if (scale == scale_) {
+        return;
+    }
+    scale_ = scale;
+    shownFace_.clear();
+    placeChildren();
+    sync();
+    update();
+}
+
+void IndicatorPictureView::placeChildren() {
+    screen_->setGeometry(toPixels(form_.layout().Screen.place, scale_));
+    groupnum_->setGeometry(toPixels(groupnumPlace, scale_));
+    datamsg_->setGeometry(toPixels(datamsgPlace, scale_));
+    QFont small = font();
+    small.setPixelSize(std::max(1, toPixels(210, scale_)));
+    groupnum_->setFont(small);
+    datamsg_->setFont(small);
+}
+
+void IndicatorPictureView::sync() {
+    const core::Form1Controls& f = form_.controls();
+    const ScreenFace& face = form_.layout().Screen;
+    const QString faceKey = face.family + QString::number(face.pointSize);
+    if (faceKey != shownFace_) {
+        shownFace_ = faceKey;
+        screen_->setGeometry(toPixels(face.place, scale_));
+        const QFont font = displayFont(face, scale_);
+        screen_->setFont(font);
+        static_cast<SegmentLabel*>(screen_)->ghosts = font.family() == lookAlikeFamily();
+        screen_->update();
+    }
+    if (screen_->text() != f.Screen.caption) {
+        screen_->setText(f.Screen.caption);
+    }
+    screen_->setVisible(f.Screen.visible);
+    if (groupnum_->text() != f.txt_groupnum.text) {
+        groupnum_->setText(f.txt_groupnum.text);
+    }
+    groupnum_->setVisible(f.txt_groupnum.visible);
+    datamsg_->setText(f.Datamsg.caption);
+    datamsg_->setVisible(f.Datamsg.visible);
+}
+
+void IndicatorPictureView::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    p.scale(scale_, scale_);
+    paintIndicator(p, pressedKey_.value_or(noKeyPressed));
+}
+
+QPoint IndicatorPictureView::toDesign(const QPointF& pixels) const {
+    return {static_cast<int>(std::lround(pixels.x() / scale_)),
+            static_cast<int>(std::lround(pixels.y() / scale_))};
+}
+
+void IndicatorPictureView::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint at = toDesign(event->position());
+    form_.runEvent([this, at] { form_.keypad().vsElastic1_MouseMove(at.x(), at.y()); });
+}
+
+void IndicatorPictureView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    const QPoint at = toDesign(event->position());
+    pressedKey_ = Keypad::keyAt(at.x(), at.y());
+    update();
+}
+
+void IndicatorPictureView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    pressedKey_.reset();
+    update();
+    if (rect().contains(event->position().toPoint())) {
+        form_.runEvent([this] { form_.keypad().vsElastic1_Click(); });
+    }
+}
+
+} // namespace stellwyn::display
