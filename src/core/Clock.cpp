@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <thread>
 
 namespace stellwyn::core {
@@ -50,8 +51,9 @@ void VirtualClock::advance(double seconds) {
     if (seconds <= 0) {
         return;
     }
-    // Whole milliseconds, rounded up so that a wait always makes progress.
-    const auto ms = static_cast<qint64>(seconds * 1000.0 + 0.999);
+    // Whole milliseconds, rounded up so that a wait always makes progress: a deadline a hair's
+    // breadth away in floating point is still one millisecond of time, never none.
+    const auto ms = std::max<qint64>(1, static_cast<qint64>(std::ceil(seconds * 1000.0 - 1e-6)));
     now_ = now_.addMSecs(ms);
     elapsed_ += ms / 1000.0;
     if (listener_) {
