@@ -1,0 +1,344 @@
+// The activation of the main screen on every link: what it says, what it leaves on screen and
+// running, and what survives each failure; the link started once; the exit and the unload.
+#include "ScreenFixture.h"
+#include "core/store/Connection.h"
+#include "core/store/ScaleCfgTable.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace stellwyn;
+using displaytest::ScreenFixture;
+
+namespace {
+
+QString line(const char* text) {
+    return QStringLiteral("message: ") + QString::fromUtf8(text);
+}
+
+const QString noRows = line("There are no RS485 scales defined in setup. Aborting.");
+const QString portMissing =
+    line("The com port you selected either doesn't exist or is already in use");
+
+// What the screen shows and runs once activated.
+struct Outcome {
+    QStringList said;
+    bool up = true; // still loaded and visible
+    QStringList combo;
+    QString mode; // "single", "network" or "" for none chosen
+    bool bound = true;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Outcome)
+
+class ActivationTest : public QObject {
+    Q_OBJECT
+private slots:
+    void activation_eachLink_data();
+    void activation_eachLink();
+    void activation_twice_startsTheLinkOnce_data();
+    void activation_twice_startsTheLinkOnce();
+    void combo1_listsScalesInTableOrder();
+    void rs232_emptyTable_getsItsFirstRowFromAdddefrec();
+    void usb_opensEachScaleAndKeepsItsRow();
+    void usbScaleOpenFails_leavesTheScreenUpWithNothingRunning();
+    void lowerPanes_setTheFormHeight();
+    void exit_stopsEverythingAndKeepsTheAdapterForTheNextScreen();
+    void rfnet_runsRfSetupAfterAFailedLink();
+};
+
+void ActivationTest::activation_eachLink_data() {
+    QTest::addColumn<QString>("commtype");
+    QTest::addColumn<QString>("rows");
+    QTest::addColumn<QString>("sccfgRows");
+    QTest::addColumn<int>("devices");
+    QTest::addColumn<bool>("portMissing");
+    QTest::addColumn<Outcome>("outcome");
+
+    QTest::newRow("RS232") << "RS232"
+                           << ""
+                           << "" << 0 << false
+                           << Outcome{{}, true, {"Scale - RS232"}, "single", true};
+    QTest::newRow("RS232 port missing")
+        << "RS232"
+        << ""
+        << "" << 0 << true << Outcome{{"beep", portMissing}, true, {}, "", true};
+    QTest::newRow("RS485") << "RS485"
+                           << ""
+                           << "RS485/131 RS485/130" << 0 << false
+                           << Outcome{
+                                  {},
+                                  true,
+                                  {"Corvane Scale - RS485 ID#130", "Corvane Scale - RS485 ID#131"},
+                                  "",
+                                  true};
+    QTest::newRow("RS485 no rows")
+        << "RS485"
+        << ""
+        << "" << 0 << false << Outcome{{"beep", noRows}, true, {}, "", true};
+    QTest::newRow("RS485 NetID 0")
+        << "RS485"
+        << ""
+        << "RS485/130 RS485/0" << 0 << false
+        << Outcome{{"beep", line(" One of the RS485 scales has a Net ID of 0. Please close this "
+                                 "screen and correct this in the setup screen. Aborting.")},
+                   true,
+                   {},
+                   "",
+                   true};
+    QTest::newRow("RS485 port missing")
+        << "RS485"
+        << ""
+        << "RS485/130" << 0 << true << Outcome{{"beep", portMissing}, true, {}, "", true};
+    QTest::newRow("USB485")
+        << "USB485"
+        << "RS485/130 RS485/131"
+        << "" << 1 << false
+        << Outcome{{}, true, {"SCALE RS485 ID#130", "SCALE RS485 ID#131"}, "network", true};
+    QTest::newRow("USB485 no adapter")
+        << "USB485"
+        << "RS485/130"
+        << "" << 0 << false
+        << Outcome{{line("No device can be found on the USB.")}, false, {}, "", false};
+    QTest::newRow("USB485 no rows")
+        << "USB485"
+        << ""
+        << "" << 1 << false << Outcome{{"beep", noRows}, true, {}, "", true};
+    QTest::newRow("USB") << "USB"
+                         << ""
+                         << "" << 2 << false << Outcome{{}, true, {"scale 0", "scale 1"}, "", true};
+    QTest::newRow("USB no device")
+        << "USB"
+        << ""
+        << "" << 0 << false
+        << Outcome{{line("No device can be found on the USB.")}, false, {}, "", false};
+    QTest::newRow("Ethernet") << "Ethernet"
+                              << "RS485/130"
+                              << "" << 0 << false << Outcome{{}, true, {}, "", true};
+}
+
+void ActivationTest::activation_eachLink() {
+    QFETCH(QString, commtype);
+    QFETCH(QString, rows);
+    QFETCH(QString, sccfgRows);
+    QFETCH(int, devices);
+    QFETCH(bool, portMissing);
+    QFETCH(Outcome, outcome);
+
+    ScreenFixture s(commtype, rows, sccfgRows);
+    for (int i = 0; i < devices; ++i) {
+        s.ftdi.devices << linkstest::ScriptedFtdi::Device{"S" + QByteArray::number(i),
+                                                          "scale " + QByteArray::number(i)};
+    }
+    if (portMissing) {
+        s.missingPorts = {1};
+    }
+    display::Form1& form = s.newForm();
+    QSignalSpy unloaded(&form, &display::Form1::unloaded);
+    form.Form_Load();
+    form.Form_Activate();
+
+    QCOMPARE(s.dialogs.said, outcome.said);
+    QCOMPARE(form.isVisible(), outcome.up);
+    QCOMPARE(unloaded.size(), outcome.up ? 0 : 1);
+    // An abort of the link's open unloads the form, so the next pick tries again; any other
+    // failure leaves the screen up with the guard set.
+    QCOMPARE(s.m.formactive, outcome.up ? core::vbTrue : core::vbFalse);
+    QCOMPARE(s.f().Combo1.items(), outcome.combo);
+    QCOMPARE(s.f().Combo1.listIndex(), outcome.combo.isEmpty() ? -1 : 0);
+    QCOMPARE(s.f().NetList.rows() - 1, outcome.combo.size());
+    // The readings can be shown whatever became of the link.
+    QCOMPARE(s.f().data2.ConnectionString.isEmpty(), !outcome.bound);
+    if (outcome.bound) {
+        QCOMPARE(s.f().data2.RecordSource,
+                 QStringLiteral("select ID,ScaleID,Reading,Date,Time from datacol"));
+        QCOMPARE(s.f().data1.RecordSource, QStringLiteral("select * from scalecfg"));
+    }
+
+    const bool single = outcome.mode == u"single";
+    const bool network = outcome.mode == u"network";
+    QCOMPARE(s.f().opt_single.value(), single);
+    QCOMPARE(s.f().opt_network.value(), network);
+    QCOMPARE(s.f().Timer2.running(), single);
+    QCOMPARE(s.f().Timer1[0].running(), network);
+    QCOMPARE(s.f().opt_netscan.value(), network);
+    QCOMPARE(s.f().netwindowVisible, network);
+    if (outcome.up && !outcome.said.isEmpty()) {
+        QVERIFY(!s.f().Timer2.running() && !s.f().Timer4.running());
+    }
+    if (outcome.combo.size() > 0) {
+        QCOMPARE(s.m.curscale, 0);
+        QCOMPARE(s.f().txt_polltime.text, QStringLiteral("0.33"));
+    }
+    // Slave windows are a network feature.
+    QCOMPARE(s.f().Frame5.enabled, commtype != u"RS232");
+    QCOMPARE(s.f().Command11.enabled, commtype != u"RS232");
+}
+
+void ActivationTest::activation_twice_startsTheLinkOnce_data() {
+    QTest::addColumn<QString>("commtype");
+    QTest::newRow("RS232") << "RS232";
+    QTest::newRow("USB485") << "USB485";
+}
+
+void ActivationTest::activation_twice_startsTheLinkOnce() {
+    QFETCH(QString, commtype);
+    ScreenFixture s(commtype, QStringLiteral("RS485/130"));
+    s.ftdi.devices = {{"A1", "adapter"}};
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+    form.Form_Activate();
+    QCOMPARE(s.port().operations.filter(QStringLiteral("PortOpen true")).size(),
+             commtype == u"RS232" ? 1 : 0);
+    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")).size(), commtype == u"USB485" ? 1 : 0);
+    QCOMPARE(s.f().Combo1.items().size(), 1);
+    QVERIFY(s.dialogs.said.isEmpty());
+}
+
+void ActivationTest::combo1_listsScalesInTableOrder() {
+    ScreenFixture s(QStringLiteral("USB485"), QStringLiteral("RS485/132 RS485/130 RS485/131"));
+    s.ftdi.devices = {{"A1", "adapter"}};
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+    const QStringList expected{"SCALE RS485 ID#130", "SCALE RS485 ID#131", "SCALE RS485 ID#132"};
+    QCOMPARE(s.f().Combo1.items(), expected);
+    for (int i = 0; i < expected.size(); ++i) {
+        QCOMPARE(s.f().NetList.text(i + 1, 0), expected[i]);
+        QCOMPARE(s.m.netid[i], 130 + i);
+    }
+}
+
+void ActivationTest::rs232_emptyTable_getsItsFirstRowFromAdddefrec() {
+    ScreenFixture s(QStringLiteral("RS232"));
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+    auto connection = core::Connection::open(s.home.file(QStringLiteral("svdata.mdb")));
+    const QList<core::ScaleCfgRow> rows = core::allScaleCfg(connection);
+    QCOMPARE(rows.size(), 1);
+    QCOMPARE(rows[0].sctype, QStringLiteral("RS232"));
+    QCOMPARE(rows[0].serialNo, QStringLiteral("Unknown"));
+    QCOMPARE(rows[0].description, QStringLiteral("Scale - RS232"));
+    QVERIFY(rows[0].active);
+    QCOMPARE(rows[0].polltime.toDouble(), 0.5);
+    QCOMPARE(rows[0].baud.toInt(), 9600);
+    QCOMPARE(s.m.scaleid[0], static_cast<std::int32_t>(rows[0].id));
+    QCOMPARE(s.m.scaleactive[0], core::vbTrue);
+
+    // A second screen finds the row by its serial number and adds none.
+    form.Command1_Click();
+    s.newForm().Form_Load();
+    s.form().Form_Activate();
+    QCOMPARE(s.scaleCfgRows(), QStringList{"RS232/Unknown"});
+}
+
+void ActivationTest::usb_opensEachScaleAndKeepsItsRow() {
+    ScreenFixture s(QStringLiteral("USB"));
+    s.ftdi.devices = {{"A1", "scale a"}, {"B2", "scale b"}};
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+    QVERIFY(s.dialogs.said.isEmpty());
+    QCOMPARE(s.scaleCfgRows(), (QStringList{"USB/A1", "USB/B2"}));
+    // Device 0 is opened once as the adapter and once more as scale 0.
+    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")),
+             (QStringList{"FT_Open 0", "FT_Open 0", "FT_Open 1"}));
+    QVERIFY(s.m.netid[0] != 0 && s.m.netid[1] != 0 && s.m.netid[0] != s.m.netid[1]);
+    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_SetBaudRate")).size(), 3);
+    // Nothing runs until the operator picks a mode.
+    QVERIFY(!s.f().Timer2.running() && !s.f().Timer1[0].running());
+}
+
+void ActivationTest::usbScaleOpenFails_leavesTheScreenUpWithNothingRunning() {
+    ScreenFixture s(QStringLiteral("USB"));
+    s.ftdi.devices = {{"A1", "scale a"}, {"B2", "scale b"}};
+    // The adapter is still open from an earlier screen, so only the scales' opens are made.
+    s.m.usbhandle = 0x777;
+    s.ftdi.results[QStringLiteral("FT_Open")] = links::FT_DEVICE_NOT_OPENED;
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+    QCOMPARE(s.dialogs.said, QStringList{line("Open Failed")});
+    QVERIFY(form.isVisible());
+    QCOMPARE(s.m.formactive, core::vbTrue);
+    QVERIFY(s.f().Combo1.items().isEmpty());
+    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")), QStringList{"FT_Open 0"});
+    QVERIFY(!s.f().Timer2.running() && !s.f().Timer1[0].running());
+}
+
+void ActivationTest::lowerPanes_setTheFormHeight() {
+    ScreenFixture s(QStringLiteral("RS232"));
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+    core::Form1Controls& f = s.f();
+    QCOMPARE(f.height, 5905);
+    QVERIFY(!f.netwindowVisible && !f.datawindowVisible);
+    f.opt_netscan.setValue(true);
+    QCOMPARE(f.height, 8050);
+    QVERIFY(f.netwindowVisible && !f.datawindowVisible);
+    QCOMPARE(QList<int>({f.left, f.top, f.width}), QList<int>({330, 270, 12540}));
+    f.opt_none.setValue(true);
+    QCOMPARE(f.height, 5905);
+    f.opt_datacol.setValue(true);
+    QCOMPARE(f.height, 8050);
+    QVERIFY(!f.netwindowVisible && f.datawindowVisible);
+}
+
+void ActivationTest::exit_stopsEverythingAndKeepsTheAdapterForTheNextScreen() {
+    ScreenFixture s(QStringLiteral("USB485"), QStringLiteral("RS485/130 RS485/131"));
+    s.ftdi.devices = {{"A1", "adapter"}};
+    display::Form1& form = s.newForm();
+    QSignalSpy unloaded(&form, &display::Form1::unloaded);
+    form.Form_Load();
+    form.Form_Activate();
+    s.timers->runFor(1.0);
+    QVERIFY(!s.adapterBytes().isEmpty());
+    const auto handle = s.m.usbhandle;
+
+    form.Command1_Click();
+    QCOMPARE(unloaded.size(), 1);
+    QCOMPARE(s.m.formactive, core::vbFalse);
+    QCOMPARE(s.m.formclosing, core::vbTrue);
+    QCOMPARE(s.m.scalecount, 0);
+    for (int i = 0; i < core::timer1Count; ++i) {
+        QVERIFY(!s.f().Timer1[i].running());
+    }
+    QVERIFY(!s.f().Timer2.running() && !s.f().Timer4.running());
+    const QByteArray sent = s.adapterBytes();
+    s.timers->runFor(2.0);
+    QCOMPARE(s.adapterBytes(), sent);
+    QCOMPARE(s.m.usbhandle, handle);
+
+    // The next screen reuses the open adapter and says nothing.
+    s.dialogs.said.clear();
+    s.newForm().Form_Load();
+    QCOMPARE(s.m.formclosing, core::vbFalse);
+    s.form().Form_Activate();
+    QVERIFY(s.dialogs.said.isEmpty());
+    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")).size(), 1);
+    QCOMPARE(s.f().Combo1.items().size(), 2);
+}
+
+void ActivationTest::rfnet_runsRfSetupAfterAFailedLink() {
+    ScreenFixture s(QStringLiteral("RS232"));
+    displaytest::setSysCfg(s.home.path(), QStringLiteral("rfnet"), -1);
+    s.missingPorts = {1};
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+    QCOMPARE(s.rfSetupCalls, 1);
+    // The adapter's failure ends the activation before the RF start.
+    ScreenFixture u(QStringLiteral("USB485"), QStringLiteral("RS485/130"));
+    displaytest::setSysCfg(u.home.path(), QStringLiteral("rfnet"), -1);
+    u.newForm().Form_Load();
+    u.form().Form_Activate();
+    QCOMPARE(u.rfSetupCalls, 0);
+}
+
+QTEST_GUILESS_MAIN(ActivationTest)
+#include "test_activation.moc"
