@@ -1,0 +1,111 @@
+// The main screen's window on simulated scales: a reply changes the live weight on screen, the
+// scan table follows every scale, and the keys are hit where they are drawn at any size.
+#include "ScreenFixture.h"
+#include "display/Form1View.h"
+#include "display/IndicatorPictureView.h"
+#include "display/Keypad.h"
+#include "links/SimFtdi.h"
+#include "sim/WireTime.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QTableWidget>
+#include <QTest>
+
+using namespace stellwyn;
+
+namespace {
+
+struct SimScreen {
+    SimScreen()
+        : s(QStringLiteral("USB485"), QStringLiteral("RS485/130 RS485/131")),
+          sim({130, 131}, s.clock), form(s.newForm(&sim)), view(form) {
+        form.Form_Load();
+        form.Form_Activate();
+    }
+    void weigh(int netId, double value) {
+        sim.bus().find(netId)->weight().set(value, sim::lineSeconds(s.clock));
+    }
+    QString screenText() const { return view.findChild<QLabel*>(QStringLiteral("Screen"))->text(); }
+
+    displaytest::ScreenFixture s;
+    links::SimFtdi sim;
+    display::Form1& form;
+    display::Form1View view;
+};
+
+void sendMouse(QWidget* target, QEvent::Type type, const QPoint& at) {
+    QMouseEvent event(type, at, target->mapToGlobal(at), Qt::LeftButton,
+                      type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &event);
+}
+
+} // namespace
+
+class Form1ViewTest : public QObject {
+    Q_OBJECT
+private slots:
+    void screenLabel_showsTheReplyOfTheChosenScale();
+    void keypad_hitsTheKeyDrawnThere_data();
+    void keypad_hitsTheKeyDrawnThere();
+};
+
+void Form1ViewTest::screenLabel_showsTheReplyOfTheChosenScale() {
+    SimScreen screen;
+    screen.weigh(130, 12.5);
+    screen.weigh(131, 77.7);
+    screen.s.timers->runFor(1.0);
+    screen.view.sync();
+    QCOMPARE(screen.screenText(), screen.s.m.scaleweight[0]);
+    QVERIFY2(screen.screenText().endsWith(QStringLiteral("12.5")), qPrintable(screen.screenText()));
+
+    screen.weigh(130, 250.0);
+    screen.s.timers->runFor(1.0);
+    screen.view.sync();
+    QVERIFY2(screen.screenText().endsWith(QStringLiteral("250.0")),
+             qPrintable(screen.screenText()));
+    // Scale 131 is not on the display, but its row of the scan table follows it.
+    auto* grid = screen.view.findChild<QTableWidget*>(QStringLiteral("NetList"));
+    QCOMPARE(grid->rowCount(), 2);
+    QCOMPARE(grid->item(0, 0)->text(), QStringLiteral("SCALE RS485 ID#130"));
+    QVERIFY(grid->item(1, 1)->text().endsWith(QStringLiteral("77.7")));
+}
+
+void Form1ViewTest::keypad_hitsTheKeyDrawnThere_data() {
+    QTest::addColumn<double>("zoom");
+    QTest::newRow("design size") << 1.0;
+    QTest::newRow("twice the size") << 2.0;
+    QTest::newRow("smaller") << 0.7;
+}
+
+void Form1ViewTest::keypad_hitsTheKeyDrawnThere() {
+    QFETCH(double, zoom);
+    SimScreen screen;
+    const QRect design = screen.view.formGeometry();
+    screen.view.resize(static_cast<int>(design.width() * zoom),
+                       static_cast<int>(design.height() * zoom * 1.5));
+    screen.view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&screen.view));
+    display::IndicatorPictureView* picture = screen.view.picture();
+    const double scale = picture->scale();
+    // The middle of "E", then a point just past column 1.
+    const QPoint e(static_cast<int>((7725 + 8565) / 2 * scale),
+                   static_cast<int>((3765 + 4275) / 2 * scale));
+    sendMouse(picture, QEvent::MouseMove, e);
+    sendMouse(picture, QEvent::MouseButtonPress, e);
+    sendMouse(picture, QEvent::MouseButtonRelease, e);
+    // The screen is in network mode: the key waits for the next pass.
+    QCOMPARE(screen.s.m.keypending, 1);
+    QCOMPARE(screen.s.m.keycode, 11);
+    QVERIFY(screen.s.dialogs.said.isEmpty());
+
+    const QPoint gap(static_cast<int>(6391 * scale) + 2, static_cast<int>(1000 * scale));
+    sendMouse(picture, QEvent::MouseMove, gap);
+    sendMouse(picture, QEvent::MouseButtonPress, gap);
+    sendMouse(picture, QEvent::MouseButtonRelease, gap);
+    QCOMPARE(screen.s.dialogs.said, QStringList{QStringLiteral("beep")});
+}
+
+QTEST_MAIN(Form1ViewTest)
+#include "test_form1_view.moc"
