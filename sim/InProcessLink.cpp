@@ -50,7 +50,7 @@ qint64 InProcessLink::bytesAvailable() {
 
 QByteArray InProcessLink::read(qint64 maxSize) {
     pump();
-    const QByteArray out = received_.left(maxSize);
+    QByteArray out = received_.left(maxSize);
     received_.remove(0, out.size());
     return out;
 }

@@ -138,7 +138,7 @@ bool Scenario::parseLine(const QString& line, QString* error) {
     if (w.size() < 2 || (what != QLatin1String("print") && !isId(w[1]))) {
         return fail(QStringLiteral("unknown directive or bad ID"));
     }
-    const QString id = w[1];
+    const QString& id = w[1];
 
     if (what == QLatin1String("weight") && w.size() >= 3) {
         double value = 0.0;

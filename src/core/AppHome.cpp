@@ -5,7 +5,7 @@
 
 namespace stellwyn::core {
 
-AppHome::AppHome(QString folder) : folder_(QDir::cleanPath(std::move(folder))) {}
+AppHome::AppHome(const QString& folder) : folder_(QDir::cleanPath(folder)) {}
 
 QString AppHome::resolve(const QString& commandLineHome) {
     if (!commandLineHome.isEmpty()) {

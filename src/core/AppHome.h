@@ -8,7 +8,7 @@ namespace stellwyn::core {
 // instance lock, sccfg.mdb and the copy of svdata.mdb that each start compacts live there.
 class AppHome {
 public:
-    explicit AppHome(QString folder);
+    explicit AppHome(const QString& folder);
 
     // --home DIR, else STELLWYN_HOME, else the user's application data folder.
     static QString resolve(const QString& commandLineHome);

@@ -25,7 +25,11 @@ double guardedStart(Clock& clock, double seconds) {
 }
 
 void waitUntil(Clock& clock, double deadline) {
-    for (double now = clock.timeOfDay(); now < deadline; now = clock.timeOfDay()) {
+    while (true) {
+        const double now = clock.timeOfDay();
+        if (now >= deadline) {
+            return;
+        }
         clock.sleep(deadline - now);
     }
 }
