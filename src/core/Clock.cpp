@@ -29,7 +29,10 @@ void RealClock::waitForEvents(double seconds) {
         sleep(std::min(seconds, 0.001));
         return;
     }
-    const int ms = std::max(1, static_cast<int>(seconds * 1000.0));
+    // A device that cannot wake the loop (a driver library that is only asked for its queue)
+    // is looked at again within this time; the rest wake it as their bytes arrive.
+    constexpr int longestSleepMs = 10;
+    const int ms = std::clamp(static_cast<int>(seconds * 1000.0), 1, longestSleepMs);
     QTimer bound;
     bound.setSingleShot(true);
     bound.start(ms);
