@@ -19,7 +19,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
-
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
@@ -79,7 +78,8 @@ Figures run(const QString& simProgram, const QList<int>& silent, int passes) {
     }
     QTemporaryDir home;
     core::SettingsStore settings(home.filePath(QStringLiteral("stellwyn.ini")));
-    settings.saveSetting(QStringLiteral("USB"), QStringLiteral("Backend"), QStringLiteral("kernel"));
+    settings.saveSetting(QStringLiteral("USB"), QStringLiteral("Backend"),
+                         QStringLiteral("kernel"));
     settings.saveSetting(QStringLiteral("USB"), QStringLiteral("Devices"), pty);
 
     core::RealClock clock;

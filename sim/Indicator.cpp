@@ -25,7 +25,8 @@ QStringList freshGroupWords() {
 }
 
 QString valueAt(const QByteArray& payload, int index) {
-    return QString::fromLatin1(payload.mid(static_cast<qsizetype>(index) * kValueWidth, kValueWidth));
+    return QString::fromLatin1(
+        payload.mid(static_cast<qsizetype>(index) * kValueWidth, kValueWidth));
 }
 
 } // namespace

@@ -2,9 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
-
 #include <cstdint>
-
 #include <functional>
 
 namespace stellwyn::core {

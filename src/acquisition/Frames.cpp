@@ -2,11 +2,17 @@
 
 namespace stellwyn::acquisition::frames {
 
-char addressByte(std::int32_t netId) { return static_cast<char>(netId & 0xFF); }
+char addressByte(std::int32_t netId) {
+    return static_cast<char>(netId & 0xFF);
+}
 
-QByteArray starRequest(char code) { return QByteArray("*") + code; }
+QByteArray starRequest(char code) {
+    return QByteArray("*") + code;
+}
 
-QByteArray starUpload(char code) { return QByteArray("!U") + code; }
+QByteArray starUpload(char code) {
+    return QByteArray("!U") + code;
+}
 
 QByteArray addressPrefix(std::int32_t netId) {
     QByteArray frame;
@@ -15,7 +21,9 @@ QByteArray addressPrefix(std::int32_t netId) {
     return frame;
 }
 
-QByteArray addressedRequest(std::int32_t netId, char code) { return addressPrefix(netId) + code; }
+QByteArray addressedRequest(std::int32_t netId, char code) {
+    return addressPrefix(netId) + code;
+}
 
 QByteArray addressedUpload(std::int32_t netId, char code) {
     QByteArray frame;

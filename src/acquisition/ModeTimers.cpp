@@ -3,7 +3,6 @@
 #include "AcquisitionContext.h"
 #include "Frames.h"
 #include "Scanners.h"
-
 #include "core/Clock.h"
 #include "core/Conversions.h"
 #include "core/Delays.h"
@@ -49,7 +48,8 @@ int ModeTimers::pollInterval() const {
     double seconds = 0;
     if (!core::parseNumber(text, seconds)) {
         throw core::FatalError(
-            QStringLiteral("Type mismatch: the poll time \"%1\" is not a number of seconds").arg(text));
+            QStringLiteral("Type mismatch: the poll time \"%1\" is not a number of seconds")
+                .arg(text));
     }
     const double ms = std::nearbyint(seconds * 1000.0);
     if (ms < 0 || ms > timerLimit) {
@@ -124,7 +124,8 @@ void ModeTimers::Timer1_Timer(int) {
     }
 
     f.Timer1[m.timer1index].setEnabled(false);
-    m.timer1index = static_cast<std::int16_t>(m.timer1index + 1 == core::timer1Count ? 0 : m.timer1index + 1);
+    m.timer1index =
+        static_cast<std::int16_t>(m.timer1index + 1 == core::timer1Count ? 0 : m.timer1index + 1);
     f.Timer1[m.timer1index].setInterval(pollInterval());
     f.Timer1[m.timer1index].setEnabled(true);
 
@@ -313,7 +314,8 @@ void ModeTimers::keepIntervals(bool disable) {
             throw core::FatalError(
                 QStringLiteral("Overflow: a timer interval of %1 ms").arg(timer.interval()));
         }
-        savedIntervals_[static_cast<std::size_t>(slot)] = static_cast<std::int16_t>(timer.interval());
+        savedIntervals_[static_cast<std::size_t>(slot)] =
+            static_cast<std::int16_t>(timer.interval());
         timer.setInterval(0);
         if (disable) {
             timer.setEnabled(false);
@@ -327,9 +329,13 @@ void ModeTimers::keepIntervals(bool disable) {
     keep(f.Timer4, 12);
 }
 
-void ModeTimers::halttimers() { keepIntervals(false); }
+void ModeTimers::halttimers() {
+    keepIntervals(false);
+}
 
-void ModeTimers::restarttimers() { keepIntervals(true); }
+void ModeTimers::restarttimers() {
+    keepIntervals(true);
+}
 
 void ModeTimers::net_stat_get() {
     savedSingle_ = c_.f.opt_single.value();

@@ -2,7 +2,6 @@
 
 #include <QObject>
 #include <QTimer>
-
 #include <vector>
 
 namespace stellwyn::core {

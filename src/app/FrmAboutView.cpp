@@ -2,10 +2,10 @@
 
 #include "FrmMain.h"
 #include "Version.h"
+#include "core/Dialogs.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include "core/Dialogs.h"
 #include <QProcess>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -55,8 +55,7 @@ FrmAboutView::FrmAboutView(core::Dialogs& dialogs, QWidget* parent) : QDialog(pa
     connect(ok, &QPushButton::clicked, this, &QDialog::accept);
     connect(sysInfo, &QPushButton::clicked, this, [&dialogs] {
         if (!startSystemInfo()) {
-            dialogs.message(
-                QStringLiteral("System Information Is Unavailable At This Time"));
+            dialogs.message(QStringLiteral("System Information Is Unavailable At This Time"));
         }
     });
 

@@ -22,21 +22,33 @@ FrmMain::FrmMain(core::Module1& m, core::Dialogs& dialogs, core::SettingsStore& 
                  QObject* parent)
     : QObject(parent), m_(m), dialogs_(dialogs), settings_(settings) {}
 
-QString FrmMain::caption() { return QStringLiteral("Stellwyn"); }
-QString FrmMain::m_arsCaption() { return QStringLiteral("Activate Remote Screen"); }
-QString FrmMain::mnu_setupsCaption() { return QStringLiteral("Scale Configurations"); }
-QString FrmMain::mnuHelpAboutCaption() { return QStringLiteral("&About"); }
-QString FrmMain::m_exitCaption() { return QStringLiteral("Exit"); }
+QString FrmMain::caption() {
+    return QStringLiteral("Stellwyn");
+}
+QString FrmMain::m_arsCaption() {
+    return QStringLiteral("Activate Remote Screen");
+}
+QString FrmMain::mnu_setupsCaption() {
+    return QStringLiteral("Scale Configurations");
+}
+QString FrmMain::mnuHelpAboutCaption() {
+    return QStringLiteral("&About");
+}
+QString FrmMain::m_exitCaption() {
+    return QStringLiteral("Exit");
+}
 
 QStringList FrmMain::toolbarButtons() {
-    return {QStringLiteral("New"),     QStringLiteral("Open"),   QStringLiteral("Save"),
-            QStringLiteral("Print"),   QStringLiteral("Cut"),    QStringLiteral("Copy"),
-            QStringLiteral("Paste"),   QStringLiteral("Bold"),   QStringLiteral("Italic"),
+    return {QStringLiteral("New"),       QStringLiteral("Open"), QStringLiteral("Save"),
+            QStringLiteral("Print"),     QStringLiteral("Cut"),  QStringLiteral("Copy"),
+            QStringLiteral("Paste"),     QStringLiteral("Bold"), QStringLiteral("Italic"),
             QStringLiteral("Underline"), QStringLiteral("Left"), QStringLiteral("Center"),
             QStringLiteral("Right")};
 }
 
-QString FrmMain::statusPanelText() { return QStringLiteral("Status"); }
+QString FrmMain::statusPanelText() {
+    return QStringLiteral("Status");
+}
 
 QString FrmMain::setupRefusal() {
     return QStringLiteral("\r This form can not be loaded while the scale screen is activated.\r"
@@ -75,7 +87,9 @@ void FrmMain::MDIForm_Terminate() {
     }
 }
 
-void FrmMain::m_ars_Click() { emit activateRemoteScreen(); }
+void FrmMain::m_ars_Click() {
+    emit activateRemoteScreen();
+}
 
 void FrmMain::mnu_setups_Click() {
     if (m_.formactive == core::vbFalse) {
@@ -91,7 +105,9 @@ void FrmMain::mnu_setups_Click() {
     }
 }
 
-void FrmMain::mnuHelpAbout_Click() { emit showAbout(); }
+void FrmMain::mnuHelpAbout_Click() {
+    emit showAbout();
+}
 
 void FrmMain::m_exit_Click() {
     if (usb_close) {

@@ -95,7 +95,8 @@ void FrmMainView::buildToolBar() {
         }
         QAction* action = toolbar->addAction(toolbarIcon(buttons[i], style()), buttons[i]);
         action->setToolTip(buttons[i]);
-        connect(action, &QAction::triggered, &logic_, [this, i] { logic_.tbToolBar_ButtonClick(i); });
+        connect(action, &QAction::triggered, &logic_,
+                [this, i] { logic_.tbToolBar_ButtonClick(i); });
     }
 }
 
@@ -140,8 +141,8 @@ void FrmMainView::closeEvent(QCloseEvent* event) {
     const bool minimized = isMinimized();
     if (!minimized) {
         const QRect frame = frameGeometry();
-        logic_.setPlace(toTwips(frame.x(), true), toTwips(frame.y(), false),
-                        toTwips(width(), true), toTwips(height(), false));
+        logic_.setPlace(toTwips(frame.x(), true), toTwips(frame.y(), false), toTwips(width(), true),
+                        toTwips(height(), false));
     }
     logic_.MDIForm_Unload(minimized);
     event->accept();

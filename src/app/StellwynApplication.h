@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QApplication>
-
 #include <functional>
 
 namespace stellwyn::app {

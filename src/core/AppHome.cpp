@@ -19,10 +19,16 @@ QString AppHome::resolve(const QString& commandLineHome) {
            QStringLiteral("/Stellwyn");
 }
 
-QString AppHome::file(const QString& name) const { return folder_ + u'/' + name; }
+QString AppHome::file(const QString& name) const {
+    return folder_ + u'/' + name;
+}
 
-bool AppHome::ensureExists() const { return QDir().mkpath(folder_); }
+bool AppHome::ensureExists() const {
+    return QDir().mkpath(folder_);
+}
 
-QString displayPath(const QString& path) { return QDir::toNativeSeparators(path); }
+QString displayPath(const QString& path) {
+    return QDir::toNativeSeparators(path);
+}
 
 } // namespace stellwyn::core

@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
-
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -16,7 +15,9 @@ double RealClock::timeOfDay() const {
     return t.msecsSinceStartOfDay() / 1000.0;
 }
 
-QDateTime RealClock::now() const { return QDateTime::currentDateTime(); }
+QDateTime RealClock::now() const {
+    return QDateTime::currentDateTime();
+}
 
 void RealClock::sleep(double seconds) {
     if (seconds > 0) {
@@ -48,7 +49,9 @@ void VirtualClock::waitForEvents(double seconds) {
 
 VirtualClock::VirtualClock(QDateTime start) : now_(std::move(start)) {}
 
-double VirtualClock::timeOfDay() const { return now_.time().msecsSinceStartOfDay() / 1000.0; }
+double VirtualClock::timeOfDay() const {
+    return now_.time().msecsSinceStartOfDay() / 1000.0;
+}
 
 void VirtualClock::advance(double seconds) {
     if (seconds <= 0) {

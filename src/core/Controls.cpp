@@ -62,7 +62,8 @@ void ComboBox::setListIndex(int index) {
 
 void Timer::setInterval(int milliseconds) {
     if (milliseconds < 0) {
-        throw FatalError(QStringLiteral("Invalid property value (timer interval %1)").arg(milliseconds));
+        throw FatalError(
+            QStringLiteral("Invalid property value (timer interval %1)").arg(milliseconds));
     }
     interval_ = milliseconds;
     if (Changed) {
@@ -86,7 +87,8 @@ QString TextGrid::text(int row, int column) const {
 
 void TextGrid::setText(int row, int column, const QString& text) {
     if (row < 1 || column < 0 || column >= columns_) {
-        throw FatalError(QStringLiteral("Subscript out of range (grid cell %1, %2)").arg(row).arg(column));
+        throw FatalError(
+            QStringLiteral("Subscript out of range (grid cell %1, %2)").arg(row).arg(column));
     }
     while (static_cast<int>(cells_.size()) < row) {
         QStringList empty;

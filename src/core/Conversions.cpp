@@ -4,7 +4,6 @@
 #include "Module1.h"
 
 #include <QLocale>
-
 #include <cmath>
 #include <limits>
 
@@ -45,8 +44,8 @@ template <typename Int> Int roundedInteger(const QVariant& value, const QString&
     const double number = std::nearbyint(numberOf(value, field));
     if (number < static_cast<double>(std::numeric_limits<Int>::min()) ||
         number > static_cast<double>(std::numeric_limits<Int>::max())) {
-        throw FatalError(
-            QStringLiteral("Overflow: %1 in field %2 is out of range").arg(value.toString(), field));
+        throw FatalError(QStringLiteral("Overflow: %1 in field %2 is out of range")
+                             .arg(value.toString(), field));
     }
     return static_cast<Int>(number);
 }
@@ -71,7 +70,9 @@ std::int32_t toInt32(const QVariant& value, const QString& field) {
     return roundedInteger<std::int32_t>(value, field);
 }
 
-double toDouble(const QVariant& value, const QString& field) { return numberOf(value, field); }
+double toDouble(const QVariant& value, const QString& field) {
+    return numberOf(value, field);
+}
 
 QString toText(const QVariant& value, const QString& field) {
     if (value.isNull()) {

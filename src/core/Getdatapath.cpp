@@ -17,12 +17,18 @@ Getdatapath::Getdatapath(Module1& m, Dialogs& dialogs, const AppHome& home, QObj
     Dir1_Change(home_.folder());
 }
 
-QString Getdatapath::caption() { return QStringLiteral("Data File Path"); }
+QString Getdatapath::caption() {
+    return QStringLiteral("Data File Path");
+}
 QString Getdatapath::label2Caption() {
     return QStringLiteral("Please select the location for the data file SVDATA.MDB");
 }
-QString Getdatapath::command1Caption() { return QStringLiteral("Okay"); }
-QString Getdatapath::command2Caption() { return QStringLiteral("Cancel"); }
+QString Getdatapath::command1Caption() {
+    return QStringLiteral("Okay");
+}
+QString Getdatapath::command2Caption() {
+    return QStringLiteral("Cancel");
+}
 
 QStringList Getdatapath::drives() const {
     QStringList roots;

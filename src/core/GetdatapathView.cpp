@@ -74,6 +74,8 @@ void GetdatapathView::showFolder(const QString& folder) {
 }
 
 // Closing the window asks, as the Cancel button does.
-void GetdatapathView::reject() { logic_.Command2_Click(); }
+void GetdatapathView::reject() {
+    logic_.Command2_Click();
+}
 
 } // namespace stellwyn::core

@@ -7,6 +7,8 @@ InstanceLock::InstanceLock(const QString& lockPath) : lock_(lockPath) {
     lock_.setStaleLockTime(0);
 }
 
-bool InstanceLock::tryAcquire() { return lock_.tryLock(0); }
+bool InstanceLock::tryAcquire() {
+    return lock_.tryLock(0);
+}
 
 } // namespace stellwyn::core

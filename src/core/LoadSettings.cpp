@@ -28,8 +28,10 @@ void loadsettings(Module1& m) {
     m.smallfonts = toInt16(row.smallfonts, QStringLiteral("smallfonts"));
     m.rfnetid = toText(row.rfnetid, QStringLiteral("rfnetid"));
     m.tagblz = toInt16(row.tagblz, QStringLiteral("tagblz"));
-    m.netpolltime = numberOrDefault(row.netpolltime, QStringLiteral("netpolltime"), QStringLiteral(".33"));
-    m.netdeltime = numberOrDefault(row.netdeltime, QStringLiteral("netdeltime"), QStringLiteral(".01"));
+    m.netpolltime =
+        numberOrDefault(row.netpolltime, QStringLiteral("netpolltime"), QStringLiteral(".33"));
+    m.netdeltime =
+        numberOrDefault(row.netdeltime, QStringLiteral("netdeltime"), QStringLiteral(".01"));
     m.datacolenbstart = toBool16(row.datacolenbstart, QStringLiteral("datacolenbstart"));
 }
 

@@ -14,12 +14,16 @@ QString trimBlanks(const QString& text) {
     return text.mid(first, last - first);
 }
 
-void Module1::parse_spaces(QString& line) { splitLine(line, u' '); }
+void Module1::parse_spaces(QString& line) {
+    splitLine(line, u' ');
+}
 
 // The tab splitter is the blank splitter with one comparison changed: after a separator it still
 // skips blanks, not tabs. So two tabs in a row give an empty field and blanks after a tab vanish.
 // Indicator replies depend on exactly this field numbering.
-void Module1::parse_tabs(QString& line) { splitLine(line, u'\t'); }
+void Module1::parse_tabs(QString& line) {
+    splitLine(line, u'\t');
+}
 
 void Module1::splitLine(QString& line, QChar separator) {
     tokencount = 0;

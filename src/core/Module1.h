@@ -3,7 +3,6 @@
 #include "CheckedArray.h"
 
 #include <QString>
-
 #include <cstdint>
 
 namespace stellwyn::core {
@@ -12,12 +11,14 @@ namespace stellwyn::core {
 inline constexpr std::int16_t vbTrue = -1;
 inline constexpr std::int16_t vbFalse = 0;
 
-inline constexpr int scaleTableSize = 11; // entries 0..10
+inline constexpr int scaleTableSize = 11;  // entries 0..10
 inline constexpr int tokenTableSize = 101; // entries 0..100
 inline constexpr int slaveCount = 10;
 
 // The serial line's settings text: the speed and framing cannot be configured.
-inline QString serialLineSettings() { return QStringLiteral("9600,N,8,1"); }
+inline QString serialLineSettings() {
+    return QStringLiteral("9600,N,8,1");
+}
 
 // The one owner of the shared state. Built once by the composition root and handed by
 // reference to every part that reads or writes it; there is no global instance.

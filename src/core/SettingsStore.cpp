@@ -3,7 +3,9 @@
 namespace stellwyn::core {
 
 namespace {
-QString keyOf(const QString& section, const QString& key) { return section + u'/' + key; }
+QString keyOf(const QString& section, const QString& key) {
+    return section + u'/' + key;
+}
 } // namespace
 
 SettingsStore::SettingsStore(const QString& iniPath)
@@ -28,6 +30,8 @@ QString SettingsStore::serialDevicePath(int port) const {
                       QStringLiteral("/dev/ttyS%1").arg(port - 1));
 }
 
-QString SettingsStore::fileName() const { return settings_->fileName(); }
+QString SettingsStore::fileName() const {
+    return settings_->fileName();
+}
 
 } // namespace stellwyn::core

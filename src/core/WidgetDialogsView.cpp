@@ -27,7 +27,9 @@ bool WidgetDialogs::question(const QString& title, const QString& text) {
     return box.exec() == QMessageBox::Yes;
 }
 
-void WidgetDialogs::beep() { QApplication::beep(); }
+void WidgetDialogs::beep() {
+    QApplication::beep();
+}
 
 void WidgetDialogs::setBusy(bool busy) {
     if (busy) {

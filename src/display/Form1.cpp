@@ -36,6 +36,7 @@ Form1::~Form1() = default;
 
 void Form1::driveTimers() {
     std::vector<core::Timer*> all;
+    all.reserve(core::timer1Count + 3 + core::timer5Count);
     for (int i = 0; i < core::timer1Count; ++i) {
         all.push_back(&f_.Timer1[i]);
     }

@@ -57,7 +57,8 @@ FT_STATUS D2xxFtdi::FT_ListDevices(DWORD index, QByteArray& buffer, DWORD flags)
     }
     buffer = QByteArray(kFtListBufferSize, '\0');
     // By index, the library takes the index itself in place of the first pointer.
-    void* indexArgument = reinterpret_cast<void*>(static_cast<std::uintptr_t>(index));
+    void* indexArgument = reinterpret_cast<void*>( // NOLINT(performance-no-int-to-ptr)
+        static_cast<std::uintptr_t>(index));
     return library_.call<d2xx::ListDevices>("FT_ListDevices")(indexArgument, buffer.data(), flags);
 }
 

@@ -11,7 +11,9 @@ using stellwyn::testsupport::TempHome;
 
 namespace {
 
-QString program() { return qEnvironmentVariable("STELLWYN_BIN_DIR") + QStringLiteral("/stellwyn"); }
+QString program() {
+    return qEnvironmentVariable("STELLWYN_BIN_DIR") + QStringLiteral("/stellwyn");
+}
 
 struct Run {
     int status = -1;
@@ -54,7 +56,8 @@ private slots:
 
 void Process::unattended_firstStart_messagesInOrderThenFatal() {
     TempHome home;
-    const Run r = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
+    const Run r =
+        runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
     const QString svdata = QDir::toNativeSeparators(home.file(QStringLiteral("svdata.mdb")));
     QCOMPARE(r.status, 1);
     QCOMPARE(r.errLines.size(), 3);
@@ -69,7 +72,8 @@ void Process::unattended_firstStart_messagesInOrderThenFatal() {
 
 void Process::createDatabase_makesBothFilesAndNeverOverwrites() {
     TempHome home;
-    Run r = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")});
+    Run r =
+        runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")});
     QCOMPARE(r.status, 0);
     QVERIFY(home.exists(QStringLiteral("svdata.mdb")));
     QVERIFY(home.exists(QStringLiteral("sccfg.mdb")));
@@ -93,25 +97,34 @@ void Process::createDatabase_makesBothFilesAndNeverOverwrites() {
 
 void Process::secondInstance_refusedWhileFirstRuns() {
     TempHome home;
-    QCOMPARE(runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")}).status, 0);
+    QCOMPARE(
+        runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")})
+            .status,
+        0);
 
     QProcess first;
     first.start(program(), {QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
     QVERIFY(first.waitForStarted());
     QTRY_VERIFY_WITH_TIMEOUT(home.exists(QStringLiteral("stellwyn.lock")), 20000);
 
-    const Run second = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
-    QCOMPARE(second.errLines,
-             QStringList{QStringLiteral(
-                 "message: There is already a previous instance of the Stellwyn program running.")});
+    const Run second =
+        runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
+    QCOMPARE(
+        second.errLines,
+        QStringList{QStringLiteral(
+            "message: There is already a previous instance of the Stellwyn program running.")});
     QCOMPARE(second.status, 0);
     QCOMPARE(first.state(), QProcess::Running);
 
     // Another home is another station: it starts.
     TempHome other;
-    QCOMPARE(runStellwyn({QStringLiteral("--home"), other.path(), QStringLiteral("--create-database")}).status, 0);
+    QCOMPARE(
+        runStellwyn({QStringLiteral("--home"), other.path(), QStringLiteral("--create-database")})
+            .status,
+        0);
     QProcess beside;
-    beside.start(program(), {QStringLiteral("--home"), other.path(), QStringLiteral("--unattended")});
+    beside.start(program(),
+                 {QStringLiteral("--home"), other.path(), QStringLiteral("--unattended")});
     QVERIFY(beside.waitForStarted());
     QTRY_VERIFY_WITH_TIMEOUT(other.exists(QStringLiteral("stellwyn.lock")), 20000);
     QTest::qWait(300);

@@ -2,7 +2,6 @@
 // compaction, the chooser, loadsettings, and the frame's place and menu.
 #include "RecordingDialogs.h"
 #include "TempHome.h"
-
 #include "app/FrmMain.h"
 #include "app/FrmMainView.h"
 #include "app/Main.h"
@@ -93,9 +92,10 @@ void Startup_::firstStart_nothingAnywhere_tellsInOrderThenFails() {
         QCOMPARE(folder.read(QStringLiteral("cfg.txt")), folder.path().toLocal8Bit() + '\n');
     };
     QVERIFY_THROWS_EXCEPTION(core::FatalError, s.main.run());
-    QCOMPARE(s.dialogs.said, (QStringList{couldNotOpen(folder), QStringLiteral("frame loaded"),
-                                          QStringLiteral("frame shown"), notFound,
-                                          QStringLiteral("chooser"), QStringLiteral("loadsettings")}));
+    QCOMPARE(s.dialogs.said,
+             (QStringList{couldNotOpen(folder), QStringLiteral("frame loaded"),
+                          QStringLiteral("frame shown"), notFound, QStringLiteral("chooser"),
+                          QStringLiteral("loadsettings")}));
     QCOMPARE(s.m.datapath, folder.path());
     QCOMPARE(s.m.formactive, 0);
 }
@@ -114,9 +114,10 @@ void Startup_::start_withDatabase_compactsAndLeavesNoTempFile() {
     QVERIFY(s.main.run());
 
     QVERIFY(!folder.exists(QStringLiteral("temp.mdb")));
-    QCOMPARE(s.dialogs.said,
-             (QStringList{QStringLiteral("busy"), QStringLiteral("idle"), QStringLiteral("frame loaded"),
-                          QStringLiteral("frame shown"), QStringLiteral("loadsettings")}));
+    QCOMPARE(
+        s.dialogs.said,
+        (QStringList{QStringLiteral("busy"), QStringLiteral("idle"), QStringLiteral("frame loaded"),
+                     QStringLiteral("frame shown"), QStringLiteral("loadsettings")}));
     core::Connection c = core::Connection::open(core::connectionText(folder.path()));
     QSqlQuery q = c.run(QStringLiteral("select Reading from datacol"));
     QVERIFY(q.next());
@@ -180,14 +181,17 @@ void Startup_::loadsettings_values_data() {
     const double fatal = qQNaN();
     QTest::newRow("defaults as created") << QString() << QVariant() << 0.33 << 0.01;
     QTest::newRow("netpolltime null") << "netpolltime" << QVariant() << 0.33 << 0.01;
-    QTest::newRow("netpolltime empty text") << "netpolltime" << QVariant(QString("")) << 0.33 << 0.01;
+    QTest::newRow("netpolltime empty text")
+        << "netpolltime" << QVariant(QString("")) << 0.33 << 0.01;
     QTest::newRow("netpolltime 2") << "netpolltime" << QVariant(2) << 2.0 << 0.01;
     QTest::newRow("netpolltime as text") << "netpolltime" << QVariant(QString(".5")) << 0.5 << 0.01;
-    QTest::newRow("netpolltime not a number") << "netpolltime" << QVariant(QString("fast")) << fatal << fatal;
+    QTest::newRow("netpolltime not a number")
+        << "netpolltime" << QVariant(QString("fast")) << fatal << fatal;
     QTest::newRow("netdeltime null") << "netdeltime" << QVariant() << 0.33 << 0.01;
     QTest::newRow("netdeltime 0.05") << "netdeltime" << QVariant(0.05) << 0.33 << 0.05;
     QTest::newRow("commport null is fatal") << "commport" << QVariant() << fatal << fatal;
-    QTest::newRow("commport out of range is fatal") << "commport" << QVariant(70000) << fatal << fatal;
+    QTest::newRow("commport out of range is fatal")
+        << "commport" << QVariant(70000) << fatal << fatal;
 }
 
 void Startup_::loadsettings_values() {
@@ -250,8 +254,10 @@ void Startup_::frame_closedMinimized_keepsPlace() {
     RecordingDialogs dialogs;
     {
         core::SettingsStore settings(folder.file(QStringLiteral("stellwyn.ini")));
-        settings.saveSetting(QStringLiteral("Settings"), QStringLiteral("MainLeft"), QStringLiteral("111"));
-        settings.saveSetting(QStringLiteral("Settings"), QStringLiteral("MainWidth"), QStringLiteral("9000"));
+        settings.saveSetting(QStringLiteral("Settings"), QStringLiteral("MainLeft"),
+                             QStringLiteral("111"));
+        settings.saveSetting(QStringLiteral("Settings"), QStringLiteral("MainWidth"),
+                             QStringLiteral("9000"));
     }
     core::SettingsStore settings(folder.file(QStringLiteral("stellwyn.ini")));
     app::FrmMain frame(m, dialogs, settings);
@@ -271,8 +277,10 @@ void Startup_::frame_closedMinimized_keepsPlace() {
     view.close();
 
     core::SettingsStore after(folder.file(QStringLiteral("stellwyn.ini")));
-    const QString width = after.getSetting(QStringLiteral("Settings"), QStringLiteral("MainWidth"), {});
-    const QString height = after.getSetting(QStringLiteral("Settings"), QStringLiteral("MainHeight"), {});
+    const QString width =
+        after.getSetting(QStringLiteral("Settings"), QStringLiteral("MainWidth"), {});
+    const QString height =
+        after.getSetting(QStringLiteral("Settings"), QStringLiteral("MainHeight"), {});
     if (minimized) {
         QCOMPARE(width, QStringLiteral("9000"));
         QCOMPARE(height, QString());
@@ -305,12 +313,13 @@ void Startup_::frame_setupMenu_refusedWhileScreenUp() {
     if (formactive == 0) {
         QCOMPARE(dialogs.said, (QStringList{"setup shown", "loadsettings"}));
     } else {
-        QCOMPARE(dialogs.said,
-                 QStringList{QStringLiteral(
-                     "message: \\n This form can not be loaded while the scale screen is activated."
-                     "\\nUse the EXIT button on the scale screen to shut it down, then open the "
-                     "\\ncommunications screen to make your changes, save them and\\nthen reload the "
-                     "scale screen to activate the changes")});
+        QCOMPARE(
+            dialogs.said,
+            QStringList{QStringLiteral(
+                "message: \\n This form can not be loaded while the scale screen is activated."
+                "\\nUse the EXIT button on the scale screen to shut it down, then open the "
+                "\\ncommunications screen to make your changes, save them and\\nthen reload the "
+                "scale screen to activate the changes")});
     }
     QCOMPARE(m.formactive, formactive);
 }

@@ -174,8 +174,7 @@ void SharedState::shortdelay_data() {
     QTest::addColumn<bool>("nextDay");
 
     QTest::newRow("midday") << QTime(12, 0) << QTime(12, 0, 0, 400) << false;
-    QTest::newRow("last safe moment")
-        << QTime(23, 59, 57, 600) << QTime(23, 59, 58) << false;
+    QTest::newRow("last safe moment") << QTime(23, 59, 57, 600) << QTime(23, 59, 58) << false;
     QTest::newRow("just past the guard waits for midnight")
         << QTime(23, 59, 57, 601) << QTime(0, 0, 0, 401) << true;
     QTest::newRow("at 23:59:59") << QTime(23, 59, 59) << QTime(0, 0, 0, 401) << true;

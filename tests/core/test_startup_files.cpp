@@ -1,7 +1,6 @@
 // cfg.txt, the data path chooser, value conversions and the one-line message form.
 #include "RecordingDialogs.h"
 #include "TempHome.h"
-
 #include "core/AppHome.h"
 #include "core/CfgTxt.h"
 #include "core/Conversions.h"
@@ -181,11 +180,16 @@ void StartupFiles::conversions() {
 void StartupFiles::oneLine_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("line");
-    QTest::newRow("plain") << "abc" << "abc";
-    QTest::newRow("CR") << "a\rb" << "a\\nb";
-    QTest::newRow("LF") << "a\nb" << "a\\nb";
-    QTest::newRow("CR LF is one break") << "a\r\nb" << "a\\nb";
-    QTest::newRow("leading CR") << "\r x" << "\\n x";
+    QTest::newRow("plain") << "abc"
+                           << "abc";
+    QTest::newRow("CR") << "a\rb"
+                        << "a\\nb";
+    QTest::newRow("LF") << "a\nb"
+                        << "a\\nb";
+    QTest::newRow("CR LF is one break") << "a\r\nb"
+                                        << "a\\nb";
+    QTest::newRow("leading CR") << "\r x"
+                                << "\\n x";
 }
 
 void StartupFiles::oneLine() {

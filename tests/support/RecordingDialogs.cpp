@@ -9,8 +9,8 @@ void RecordingDialogs::message(const QString& text) {
 }
 
 bool RecordingDialogs::question(const QString& title, const QString& text) {
-    said << QStringLiteral("question: ") + UnattendedDialogs::oneLine(title) + QStringLiteral(": ") +
-                UnattendedDialogs::oneLine(text);
+    said << QStringLiteral("question: ") + UnattendedDialogs::oneLine(title) +
+                QStringLiteral(": ") + UnattendedDialogs::oneLine(text);
     return answers.isEmpty() ? false : answers.takeFirst();
 }
 

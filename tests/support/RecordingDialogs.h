@@ -15,7 +15,9 @@ public:
     void message(const QString& text) override;
     bool question(const QString& title, const QString& text) override;
     void beep() override { said << QStringLiteral("beep"); }
-    void setBusy(bool busy) override { said << (busy ? QStringLiteral("busy") : QStringLiteral("idle")); }
+    void setBusy(bool busy) override {
+        said << (busy ? QStringLiteral("busy") : QStringLiteral("idle"));
+    }
     void fatal(const QString& text) override;
     bool interactive() const override { return interactiveScreens; }
 

@@ -4,9 +4,13 @@
 
 namespace stellwyn::testsupport {
 
-TempHome::TempHome() { dir_.setAutoRemove(true); }
+TempHome::TempHome() {
+    dir_.setAutoRemove(true);
+}
 
-bool TempHome::exists(const QString& name) const { return QFile::exists(file(name)); }
+bool TempHome::exists(const QString& name) const {
+    return QFile::exists(file(name));
+}
 
 QByteArray TempHome::read(const QString& name) const {
     QFile f(file(name));
