@@ -1,5 +1,6 @@
 // The operating modes and the timers: what each link and mode sends, in order; the Timer1
 // chain and its guard; the halt and the restore of a mode around a transfer.
+#include "Bytes.h"
 #include "FakeSerialPort.h"
 #include "RecordingDialogs.h"
 #include "ScriptedFtdi.h"
@@ -19,6 +20,7 @@
 
 using namespace stellwyn;
 using acquisition::ModeTimers;
+using testsupport::bytes;
 
 namespace {
 
@@ -68,14 +70,6 @@ struct Screen {
     acquisition::Scanners scanners;
     ModeTimers timers;
 };
-
-QByteArray bytes(std::initializer_list<int> values) {
-    QByteArray out;
-    for (int v : values) {
-        out += static_cast<char>(v);
-    }
-    return out;
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 // The keypad on the picture: which key a point hits, the beep on a miss, and the bytes each
 // link sends for a key, at once or at the next network pass.
+#include "Bytes.h"
 #include "ScreenFixture.h"
 #include "display/Keypad.h"
 
@@ -8,15 +9,7 @@
 using namespace stellwyn;
 using display::Keypad;
 
-namespace {
-QByteArray bytes(std::initializer_list<int> values) {
-    QByteArray out;
-    for (int v : values) {
-        out += static_cast<char>(v);
-    }
-    return out;
-}
-} // namespace
+using testsupport::bytes;
 
 class KeypadTest : public QObject {
     Q_OBJECT
