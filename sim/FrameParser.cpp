@@ -44,10 +44,7 @@ void FrameParser::feedByte(char byte) {
             state_ = State::WantCode;
             return;
         }
-        stray_.append(raw_);
-        raw_.clear();
-        state_ = State::Idle;
-        idleByte(byte);
+        dropHeldHeader(byte);
         return;
     case State::WantType:
         if (byte == kRequestType || byte == kUploadType) {
@@ -56,11 +53,7 @@ void FrameParser::feedByte(char byte) {
             state_ = State::WantCode;
             return;
         }
-        // Not a header after all: the held byte was stray, this one may open a frame.
-        stray_.append(raw_);
-        raw_.clear();
-        state_ = State::Idle;
-        idleByte(byte);
+        dropHeldHeader(byte);
         return;
     case State::WantCode:
         raw_.append(byte);
@@ -135,6 +128,14 @@ void FrameParser::flushStray() {
     ev.raw = stray_;
     stray_.clear();
     sink_(ev);
+}
+
+// Not a header after all: the bytes held so far were stray, and this one may open a frame.
+void FrameParser::dropHeldHeader(char byte) {
+    stray_.append(raw_);
+    raw_.clear();
+    state_ = State::Idle;
+    idleByte(byte);
 }
 
 } // namespace stellwyn::sim

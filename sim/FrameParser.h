@@ -38,6 +38,7 @@ private:
 
     void feedByte(char byte);
     void idleByte(char byte);
+    void dropHeldHeader(char byte);
     void emitFrame(FrameEvent::Kind kind);
     void flushStray();
 
