@@ -217,8 +217,7 @@ void ModeTimers::passRs485() {
 
 void ModeTimers::netdelWait() {
     // Deliberately no yield: nothing may run between the pause and the write.
-    const double start = core::guardedStart(c_.clock, c_.m.netdeltime);
-    core::waitUntil(c_.clock, start + c_.m.netdeltime);
+    core::pause(c_.clock, c_.m.netdeltime);
 }
 
 void ModeTimers::passUsb485() {

@@ -1,7 +1,6 @@
 #include "ReplyWait.h"
 
 #include "core/Clock.h"
-#include "core/Delays.h"
 
 #include <algorithm>
 
@@ -9,19 +8,14 @@ namespace stellwyn::acquisition {
 
 namespace {
 // A yield always lets a little time pass, so that a wait standing exactly at its deadline
-// still moves on to it.
+// still moves on past it.
 constexpr double shortestYield = 0.001;
 } // namespace
 
-ReplyWait::ReplyWait(core::Clock& clock)
-    : clock_(clock), deadline_(core::guardedStart(clock, replySeconds) + replySeconds) {}
-
-bool ReplyWait::over() const {
-    return clock_.timeOfDay() > deadline_;
-}
+ReplyWait::ReplyWait(core::Clock& clock) : clock_(clock), deadline_(clock, replySeconds) {}
 
 void ReplyWait::yield() {
-    clock_.waitForEvents(std::max(shortestYield, deadline_ - clock_.timeOfDay()));
+    clock_.waitForEvents(std::max(shortestYield, deadline_.remaining()));
 }
 
 } // namespace stellwyn::acquisition

@@ -15,6 +15,11 @@ double RealClock::timeOfDay() const {
     return t.msecsSinceStartOfDay() / 1000.0;
 }
 
+double RealClock::monotonic() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
 QDateTime RealClock::now() const {
     return QDateTime::currentDateTime();
 }
@@ -62,9 +67,20 @@ void VirtualClock::advance(double seconds) {
     const auto ms = std::max<qint64>(1, static_cast<qint64>(std::ceil(seconds * 1000.0 - 1e-6)));
     now_ = now_.addMSecs(ms);
     elapsed_ += ms / 1000.0;
-    if (listener_) {
-        listener_();
+    // A copy, so that a listener may remove itself or add another.
+    const auto listeners = listeners_;
+    for (const auto& entry : listeners) {
+        entry.second();
     }
+}
+
+int VirtualClock::addAdvanceListener(std::function<void()> listener) {
+    listeners_.emplace_back(nextKey_, std::move(listener));
+    return nextKey_++;
+}
+
+void VirtualClock::removeAdvanceListener(int key) {
+    std::erase_if(listeners_, [key](const auto& entry) { return entry.first == key; });
 }
 
 } // namespace stellwyn::core

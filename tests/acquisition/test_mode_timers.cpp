@@ -3,15 +3,24 @@
 #include "Bytes.h"
 #include "FakeSerialPort.h"
 #include "RecordingDialogs.h"
+#include "ScaleCfgFixture.h"
 #include "ScriptedFtdi.h"
+#include "SimProcess.h"
+#include "TempHome.h"
 #include "VirtualTimers.h"
 #include "acquisition/AcquisitionContext.h"
 #include "acquisition/ModeTimers.h"
+#include "acquisition/QtTimerDriver.h"
+#include "acquisition/ReplyWait.h"
 #include "acquisition/Scanners.h"
 #include "core/Clock.h"
+#include "core/Delays.h"
 #include "core/FatalError.h"
 #include "core/Form1Controls.h"
 #include "core/Module1.h"
+#include "core/SettingsStore.h"
+#include "core/store/ConnectionText.h"
+#include "links/KernelFtdi.h"
 #include "links/UsbLink.h"
 #include "sim/Bus.h"
 #include "sim/InProcessLink.h"
@@ -92,6 +101,10 @@ private slots:
     void netStatPut_restartsTheSavedMode_data();
     void netStatPut_restartsTheSavedMode();
     void timer2AndTimer4_meetAtAYield();
+    void waits_keepTheirLengthWhenTheWallClockIsSet_data();
+    void waits_keepTheirLengthWhenTheWallClockIsSet();
+    void usb485Pass_noTickRunsInTheGapBeforeAWrite();
+    void timer1_onTheRealClock_scansTheSimulatorThroughTheKernelBackend();
 };
 
 void ModeTimersTest::timer4_sendsTheReadingRequestOfEachLink_data() {
@@ -359,6 +372,161 @@ void ModeTimersTest::timer2AndTimer4_meetAtAYield() {
     // The request of Timer4 went out while Timer2's scanner waited, and that wait took the reply.
     QCOMPARE(s.port.written, bytes({0x83, 0x11, '1'}));
     QCOMPARE(s.m.scaleweight[1].right(6), QStringLiteral(" 42.50"));
+}
+
+enum class Wait { Shortdelay, Pause2, Pause5, ReplyWait, Usb485Gap };
+Q_DECLARE_METATYPE(Wait)
+
+void ModeTimersTest::waits_keepTheirLengthWhenTheWallClockIsSet_data() {
+    QTest::addColumn<Wait>("wait");
+    QTest::addColumn<QTime>("start");
+    QTest::addColumn<int>("shift");
+    QTest::addColumn<double>("length");
+
+    const QTime noon(12, 0);
+    for (const int shift : {-3600, 3600}) {
+        const char* way = shift < 0 ? "set back" : "set forward";
+        QTest::addRow("shortdelay, clock %s", way) << Wait::Shortdelay << noon << shift << 0.4;
+        QTest::addRow("two-second wait, clock %s", way) << Wait::Pause2 << noon << shift << 2.0;
+        QTest::addRow("five-second wait, clock %s", way) << Wait::Pause5 << noon << shift << 5.0;
+        QTest::addRow("reply wait, clock %s", way) << Wait::ReplyWait << noon << shift << 0.25;
+        // A silent scale: the gap of 0.5 s, then its quarter second of reply wait.
+        QTest::addRow("netdeltime and reply wait of a pass, clock %s", way)
+            << Wait::Usb485Gap << noon << shift << 0.75;
+    }
+    // The midnight hold lasts as long as midnight was away, not the hour the clock went back.
+    QTest::newRow("midnight hold, clock set back")
+        << Wait::Shortdelay << QTime(23, 59, 59) << -3600 << 1.4;
+}
+
+void ModeTimersTest::waits_keepTheirLengthWhenTheWallClockIsSet() {
+    QFETCH(Wait, wait);
+    QFETCH(QTime, start);
+    QFETCH(int, shift);
+    QFETCH(double, length);
+
+    Screen s;
+    s.clock.setNow(QDateTime(QDate(2026, 3, 28), start));
+    // The wall clock jumps a tenth of a second into the wait.
+    bool shifted = false;
+    s.clock.addAdvanceListener([&] {
+        if (!shifted && s.clock.elapsed() >= 0.1) {
+            shifted = true;
+            s.clock.setNow(s.clock.now().addSecs(shift));
+        }
+    });
+    switch (wait) {
+    case Wait::Shortdelay:
+        core::shortdelay(s.clock);
+        break;
+    case Wait::Pause2:
+        core::pause(s.clock, 2.0);
+        break;
+    case Wait::Pause5:
+        core::pause(s.clock, 5.0);
+        break;
+    case Wait::ReplyWait: {
+        acquisition::ReplyWait reply(s.clock);
+        while (!reply.over()) {
+            reply.yield();
+        }
+        break;
+    }
+    case Wait::Usb485Gap:
+        s.useLink(QStringLiteral("USB485"));
+        s.m.scalecount = 1;
+        s.m.netdeltime = 0.5;
+        s.timers.Timer1_Timer(0);
+        QCOMPARE(s.adapterBytes(), bytes({0x82, 0x11, '1'}));
+        break;
+    }
+    QVERIFY(shifted);
+    // A few milliseconds of yields on top, never the hour the clock moved by.
+    QVERIFY2(s.clock.elapsed() >= length && s.clock.elapsed() < length + 0.02,
+             qPrintable(QString::number(s.clock.elapsed())));
+}
+
+void ModeTimersTest::usb485Pass_noTickRunsInTheGapBeforeAWrite() {
+    Screen s;
+    s.useLink(QStringLiteral("USB485"));
+    s.m.netdeltime = 0.05;
+    testsupport::VirtualTimers timers(s.clock);
+    // A probe that would tick at every millisecond it is let; its ticks join the call log.
+    core::Timer probe;
+    probe.setInterval(1);
+    probe.setEnabled(true);
+    probe.Tick = [&] { s.ftdi.calls << QStringLiteral("tick %1").arg(s.clock.elapsed()); };
+    timers.drive(probe);
+
+    s.timers.Timer1_Timer(0);
+
+    QCOMPARE(s.adapterBytes(), bytes({0x82, 0x11, '1', 0x83, 0x11, '1'}));
+    // Across each write the probe falls silent for the whole gap: the gap neither yields nor
+    // lets the request go out early.
+    double lastTick = 0;
+    std::optional<double> writeAfter;
+    int writes = 0;
+    for (const QString& call : s.ftdi.calls) {
+        if (call.startsWith(u"tick ")) {
+            const double at = call.mid(5).toDouble();
+            if (writeAfter) {
+                QVERIFY2(at - *writeAfter > 0.05 - 1e-4, qPrintable(call));
+                writeAfter.reset();
+            }
+            lastTick = at;
+        } else if (call.startsWith(u"FT_Write")) {
+            ++writes;
+            writeAfter = lastTick;
+        }
+    }
+    QCOMPARE(writes, 2);
+    QVERIFY(!writeAfter);
+}
+
+void ModeTimersTest::timer1_onTheRealClock_scansTheSimulatorThroughTheKernelBackend() {
+    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("addressed"),
+                               QStringLiteral("--ids"), QStringLiteral("130,131"),
+                               QStringLiteral("--set"), QStringLiteral("weight 130 12.5"),
+                               QStringLiteral("--set"), QStringLiteral("weight 131 7.5")});
+    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
+    testsupport::TempHome home;
+    core::SettingsStore settings(home.file(QStringLiteral("stellwyn.ini")));
+    settings.saveSetting(QStringLiteral("USB"), QStringLiteral("Devices"), sim.slavePath());
+    linkstest::makeScaleCfg(home.path(), QStringLiteral("svdata.mdb"),
+                            linkstest::scaleRows(QStringLiteral("RS485/130 RS485/131")));
+
+    core::RealClock clock;
+    core::Module1 m;
+    core::Form1Controls f;
+    testsupport::RecordingDialogs dialogs;
+    acquisition::AcquisitionContext context{m, f, clock, {}, {}};
+    links::KernelFtdi ftdi(settings);
+    links::UsbLink usb(m, ftdi, dialogs);
+    context.links = {nullptr, &ftdi, &usb};
+    acquisition::Scanners scanners(context);
+    ModeTimers timers(context, scanners);
+    timers.attach();
+    acquisition::QtTimerDriver driver;
+    for (int i = 0; i < core::timer1Count; ++i) {
+        driver.drive(f.Timer1[i]);
+    }
+    m.commtype = QStringLiteral("USB485");
+    m.cfgconn = core::connectionText(home.path());
+    m.netdeltime = 0.01;
+    f.txt_polltime.text = QStringLiteral(".1");
+    usb.usb485_start();
+    QCOMPARE(dialogs.said, QStringList{});
+    QCOMPARE(m.scalecount, 2);
+
+    f.opt_network.setValue(true);
+    QTRY_VERIFY_WITH_TIMEOUT(m.scaleweight[0].contains(QStringLiteral("12.5")) &&
+                                 m.scaleweight[1].contains(QStringLiteral("7.5")),
+                             5000);
+    f.opt_single.setValue(true);
+    // The passes asked each scale in turn and nothing else.
+    const QByteArray received = sim.received();
+    QVERIFY(received.startsWith(bytes({0x82, 0x11, '1', 0x83, 0x11, '1'})));
+    QCOMPARE(received.count(bytes({0x82, 0x11, '1'})), received.count(bytes({0x83, 0x11, '1'})));
 }
 
 QTEST_GUILESS_MAIN(ModeTimersTest)

@@ -3,14 +3,15 @@
 #include "core/Clock.h"
 #include "core/Controls.h"
 
+#include <QCoreApplication>
+
 namespace stellwyn::testsupport {
 
-VirtualTimers::VirtualTimers(core::VirtualClock& clock) : clock_(clock) {
-    clock_.setAdvanceListener([this] { fireDue(); });
-}
+VirtualTimers::VirtualTimers(core::VirtualClock& clock)
+    : clock_(clock), listenerKey_(clock.addAdvanceListener([this] { scheduleDue(); })) {}
 
 VirtualTimers::~VirtualTimers() {
-    clock_.setAdvanceListener(nullptr);
+    clock_.removeAdvanceListener(listenerKey_);
     for (Driven* d : driven_) {
         d->state->Changed = nullptr;
         delete d;
@@ -36,7 +37,22 @@ void VirtualTimers::follow(Driven& d) {
     }
 }
 
+void VirtualTimers::scheduleDue() {
+    if (delivery_) {
+        return;
+    }
+    for (const Driven* d : driven_) {
+        if (d->armed && !d->inHandler && clock_.elapsed() + 1e-9 >= d->due) {
+            delivery_ = true;
+            QMetaObject::invokeMethod(
+                &anchor_, [this] { fireDue(); }, Qt::QueuedConnection);
+            return;
+        }
+    }
+}
+
 void VirtualTimers::fireDue() {
+    delivery_ = false;
     for (std::size_t i = 0; i < driven_.size(); ++i) {
         Driven& d = *driven_[i];
         if (!d.armed || d.inHandler || clock_.elapsed() + 1e-9 < d.due) {
@@ -55,6 +71,7 @@ void VirtualTimers::runFor(double seconds) {
     const double end = clock_.elapsed() + seconds;
     while (clock_.elapsed() + 1e-9 < end) {
         clock_.advance(0.001);
+        QCoreApplication::processEvents();
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <vector>
 
 namespace stellwyn::core {
@@ -11,8 +12,9 @@ namespace stellwyn::testsupport {
 
 // Ticks the screen's timers on the virtual clock, with the real driver's rules: a timer ticks
 // only while enabled with an interval above 0, one interval after it was armed or last ticked,
-// and never again while its own handler is still running. Ticks happen whenever the clock
-// moves, so a handler that waits on the clock lets the other timers run, as a yield would.
+// and never again while its own handler is still running. A tick that falls due is delivered
+// through the event loop, so it runs at the next yield, exactly as a real timer's would: never
+// inside a wait that does not yield (a sleep, a blocking read), however long that lasts.
 class VirtualTimers {
 public:
     explicit VirtualTimers(core::VirtualClock& clock);
@@ -21,7 +23,7 @@ public:
     VirtualTimers& operator=(const VirtualTimers&) = delete;
 
     void drive(core::Timer& timer);
-    // Moves the clock on by `seconds` in steps of a millisecond.
+    // Moves the clock on by `seconds` in steps of a millisecond, yielding after each.
     void runFor(double seconds);
 
 private:
@@ -33,9 +35,14 @@ private:
         bool inHandler = false;
     };
     void follow(Driven& d);
+    void scheduleDue();
     void fireDue();
 
     core::VirtualClock& clock_;
+    int listenerKey_;
+    // Owns the queued deliveries, so none outlives this object.
+    QObject anchor_;
+    bool delivery_ = false;
     std::vector<Driven*> driven_;
 };
 
