@@ -38,11 +38,23 @@ Form1Controls::Form1Controls() {
 
     Label20.caption = QStringLiteral("Data Collection");
     Check1.caption = QStringLiteral("Enabled");
+    Check1.visible = false;
     chk_SaveOnPrint.caption = QStringLiteral("Auto Save");
     chk_Excel.caption = QStringLiteral("Excel Output");
     chk_Reset_Row.caption = QStringLiteral("Excel Row 1");
     chk_Reset_Row.visible = false;
+    btn_LogData.caption = QStringLiteral("Save Current");
+    btn_dataLogAll.caption = QStringLiteral("Save All");
+    Frame1.caption = QStringLiteral("Sort by");
     opt_ID.caption = QStringLiteral("ID");
+    opt_datetime.caption = QStringLiteral("Dat/Time");
+    opt_desc.caption = QStringLiteral("Scale ID");
+    opt_grp.caption = QStringLiteral("Weight");
+    sortGroup.add(opt_ID);
+    sortGroup.add(opt_datetime);
+    sortGroup.add(opt_desc);
+    sortGroup.add(opt_grp);
+    Command2.caption = QStringLiteral("Clear List");
     // Sorting by ID is the option selected at design, before any handler is attached.
     opt_ID.setValue(true);
 

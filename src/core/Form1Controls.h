@@ -64,11 +64,20 @@ public:
     CheckBox chk_SaveOnPrint;
     CheckBox chk_Excel;
     CheckBox chk_Reset_Row;
+    CommandButton btn_LogData;
+    CommandButton btn_dataLogAll;
+    Frame Frame1;
     OptionButton opt_ID;
+    OptionButton opt_datetime;
+    OptionButton opt_desc;
+    OptionButton opt_grp;
+    OptionGroup sortGroup;
+    CommandButton Command2;
 
     // The recordsets of the scale rows and of the readings.
     DataControl data1;
     DataControl data2;
+    DataControl scaleConfigRS;
 
     // Timers.
     CheckedArray<Timer, timer1Count> Timer1;

@@ -20,19 +20,21 @@ namespace {
 constexpr int fontTwips = 160;
 } // namespace
 
-ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent) : QWidget(parent), form_(form) {
+ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent)
+    : QWidget(parent), form_(form), bound_(form, this, fontTwips) {
+    bound_.afterInput = [this] { sync(); };
     setObjectName(QStringLiteral("vsElastic2"));
     core::Form1Controls& f = form_.controls();
 
-    label(f.Label1, this, {120, 60, 2700, 240}, "Label1");
-    combo_ = placed(new QComboBox(this), {120, 300, 2700, 330});
+    bound_.label(f.Label1, this, {120, 60, 2700, 240}, "Label1");
+    combo_ = bound_.placed(new QComboBox(this), {120, 300, 2700, 330});
     combo_->setObjectName(QStringLiteral("Combo1"));
     combo_->setToolTip(QStringLiteral("Use this to select a scale to display on the main screen."));
     connect(combo_, &QComboBox::activated, this, [this](int index) {
         form_.runEvent([this, index] { form_.controls().Combo1.setListIndex(index); });
         sync();
     });
-    syncs_.push_back([this] {
+    bound_.addSync([this] {
         const core::ComboBox& state = form_.controls().Combo1;
         const QSignalBlocker block(combo_);
         // The list shows each description trimmed.
@@ -52,17 +54,17 @@ ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent) : QWidget(par
         combo_->setEnabled(state.enabled);
     });
 
-    QGroupBox* mode = frame(f.frame_mode, {60, 690, 2805, 1170}, "frame_mode");
-    option(f.opt_single, mode, {120, 255, 1250, 255}, "opt_single")
+    QGroupBox* mode = bound_.frame(f.frame_mode, {60, 690, 2805, 1170}, "frame_mode");
+    bound_.option(f.opt_single, mode, {120, 255, 1250, 255}, "opt_single")
         ->setToolTip(QStringLiteral("Use this to restrict operation to a single scale."));
-    option(f.opt_network, mode, {1440, 255, 1300, 255}, "opt_network")
+    bound_.option(f.opt_network, mode, {1440, 255, 1300, 255}, "opt_network")
         ->setToolTip(QStringLiteral("Use this to start and monitor the scale network."));
-    check(f.chk_pollenb, mode, {120, 540, 1250, 255}, "chk_pollenb")
+    bound_.check(f.chk_pollenb, mode, {120, 540, 1250, 255}, "chk_pollenb")
         ->setToolTip(QStringLiteral("When using the single scale operating mode, use this to poll "
                                     "the scale for readings at regular intervals."));
-    check(f.chk_frame, mode, {1440, 540, 1300, 255}, "chk_frame");
-    label(f.Label2, mode, {120, 840, 1000, 255}, "Label2");
-    polltime_ = placed(new QLineEdit(mode), {1140, 810, 900, 300});
+    bound_.check(f.chk_frame, mode, {1440, 540, 1300, 255}, "chk_frame");
+    bound_.label(f.Label2, mode, {120, 840, 1000, 255}, "Label2");
+    polltime_ = bound_.placed(new QLineEdit(mode), {1140, 810, 900, 300});
     polltime_->setObjectName(QStringLiteral("txt_polltime"));
     polltime_->setToolTip(QStringLiteral(
         "In single mode, sets the interval time for auto updates. In network mode, determines how "
@@ -70,7 +72,7 @@ ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent) : QWidget(par
     // The box has no events of its own: the timers read its text when they need it.
     connect(polltime_, &QLineEdit::textEdited, this,
             [this](const QString& text) { form_.controls().txt_polltime.text = text; });
-    syncs_.push_back([this] {
+    bound_.addSync([this] {
         const core::TextBox& state = form_.controls().txt_polltime;
         if (polltime_->text() != state.text) {
             polltime_->setText(state.text);
@@ -79,124 +81,29 @@ ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent) : QWidget(par
         polltime_->setVisible(state.visible);
     });
 
-    QGroupBox* show = frame(f.Frame2, {60, 1935, 2805, 810}, "Frame2");
-    option(f.opt_netscan, show, {120, 255, 1500, 255}, "opt_netscan");
-    option(f.opt_none, show, {1680, 255, 1050, 255}, "opt_none");
-    option(f.opt_datacol, show, {120, 510, 2000, 255}, "opt_datacol");
+    QGroupBox* show = bound_.frame(f.Frame2, {60, 1935, 2805, 810}, "Frame2");
+    bound_.option(f.opt_netscan, show, {120, 255, 1500, 255}, "opt_netscan");
+    bound_.option(f.opt_none, show, {1680, 255, 1050, 255}, "opt_none");
+    bound_.option(f.opt_datacol, show, {120, 510, 2000, 255}, "opt_datacol");
 
-    button(f.Command1, this, {60, 2820, 2805, 360}, "Command1")
+    bound_.button(f.Command1, this, {60, 2820, 2805, 360}, "Command1")
         ->setToolTip(QStringLiteral("Exits this screen and returns to the main menu."));
 
-    QGroupBox* slaves = frame(f.Frame5, {60, 3240, 2805, 1230}, "Frame5");
-    button(f.Command11, slaves, {120, 225, 2565, 240}, "Command11");
-    button(f.btn_saveslave, slaves, {120, 465, 2565, 240}, "btn_saveslave");
-    button(f.btn_slavesload, slaves, {120, 705, 2565, 240}, "btn_slavesload");
-    button(f.btn_closeallslaves, slaves, {120, 945, 2565, 240}, "btn_closeallslaves");
+    QGroupBox* slaves = bound_.frame(f.Frame5, {60, 3240, 2805, 1230}, "Frame5");
+    bound_.button(f.Command11, slaves, {120, 225, 2565, 240}, "Command11");
+    bound_.button(f.btn_saveslave, slaves, {120, 465, 2565, 240}, "btn_saveslave");
+    bound_.button(f.btn_slavesload, slaves, {120, 705, 2565, 240}, "btn_slavesload");
+    bound_.button(f.btn_closeallslaves, slaves, {120, 945, 2565, 240}, "btn_closeallslaves");
 
     setScale(pixelsPerTwip(this));
 }
 
-template <typename W> W* ControlsPanelView::placed(W* widget, const Place& place) {
-    placements_.push_back({widget, place});
-    return widget;
-}
-
-QGroupBox* ControlsPanelView::frame(const core::Frame& state, const Place& place,
-                                    const char* name) {
-    auto* box = placed(new QGroupBox(state.caption, this), place);
-    box->setObjectName(QLatin1String(name));
-    syncs_.push_back([box, &state] {
-        box->setTitle(state.caption);
-        box->setEnabled(state.enabled);
-        box->setVisible(state.visible);
-    });
-    return box;
-}
-
-QRadioButton* ControlsPanelView::option(core::OptionButton& state, QWidget* parent,
-                                        const Place& place, const char* name) {
-    auto* radio = placed(new QRadioButton(state.caption, parent), place);
-    radio->setObjectName(QLatin1String(name));
-    // The form's state says which button of a group is on, and may have none on.
-    radio->setAutoExclusive(false);
-    connect(radio, &QRadioButton::clicked, this, [this, &state] {
-        form_.runEvent([&state] { state.setValue(true); });
-        sync();
-    });
-    syncs_.push_back([radio, &state] {
-        const QSignalBlocker block(radio);
-        radio->setChecked(state.value());
-        radio->setEnabled(state.enabled);
-        radio->setVisible(state.visible);
-    });
-    return radio;
-}
-
-QCheckBox* ControlsPanelView::check(core::CheckBox& state, QWidget* parent, const Place& place,
-                                    const char* name) {
-    auto* box = placed(new QCheckBox(state.caption, parent), place);
-    box->setObjectName(QLatin1String(name));
-    connect(box, &QCheckBox::clicked, this, [this, &state](bool ticked) {
-        form_.runEvent([&state, ticked] { state.setValue(ticked ? 1 : 0); });
-        sync();
-    });
-    syncs_.push_back([box, &state] {
-        const QSignalBlocker block(box);
-        box->setChecked(state.value() == 1);
-        box->setEnabled(state.enabled);
-        box->setVisible(state.visible);
-    });
-    return box;
-}
-
-QPushButton* ControlsPanelView::button(core::CommandButton& state, QWidget* parent,
-                                       const Place& place, const char* name) {
-    auto* push = placed(new QPushButton(state.caption, parent), place);
-    push->setObjectName(QLatin1String(name));
-    connect(push, &QPushButton::clicked, this, [this, &state] {
-        form_.runEvent([&state] {
-            if (state.Click) {
-                state.Click();
-            }
-        });
-    });
-    syncs_.push_back([push, &state] {
-        push->setText(state.caption);
-        push->setEnabled(state.enabled);
-        push->setVisible(state.visible);
-    });
-    return push;
-}
-
-QLabel* ControlsPanelView::label(const core::Label& state, QWidget* parent, const Place& place,
-                                 const char* name) {
-    auto* text = placed(new QLabel(state.caption, parent), place);
-    text->setObjectName(QLatin1String(name));
-    syncs_.push_back([text, &state] {
-        text->setText(state.caption);
-        text->setEnabled(state.enabled);
-        text->setVisible(state.visible);
-    });
-    return text;
-}
-
 void ControlsPanelView::setScale(double scale) {
-    scale_ = scale;
-    QFont panelFont = font();
-    panelFont.setPixelSize(std::max(1, toPixels(fontTwips, scale_)));
-    for (const Placement& p : placements_) {
-        p.widget->setGeometry(toPixels(p.place, scale_));
-        p.widget->setFont(panelFont);
-    }
+    bound_.setScale(scale);
 }
 
 void ControlsPanelView::sync() {
-    if (form_.isUnloaded()) {
-        return;
-    }
-    for (const auto& s : syncs_) {
-        s();
-    }
+    bound_.sync();
 }
 
 } // namespace stellwyn::display

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Form1Layout.h"
+#include "BoundControls.h"
 
 #include <QWidget>
 #include <functional>
@@ -41,23 +41,8 @@ public:
     void sync();
 
 private:
-    template <typename W> W* placed(W* widget, const Place& place);
-    QGroupBox* frame(const core::Frame& state, const Place& place, const char* name);
-    QRadioButton* option(core::OptionButton& state, QWidget* parent, const Place& place,
-                         const char* name);
-    QCheckBox* check(core::CheckBox& state, QWidget* parent, const Place& place, const char* name);
-    QPushButton* button(core::CommandButton& state, QWidget* parent, const Place& place,
-                        const char* name);
-    QLabel* label(const core::Label& state, QWidget* parent, const Place& place, const char* name);
-
     Form1& form_;
-    double scale_ = 1.0 / 15.0;
-    struct Placement {
-        QWidget* widget;
-        Place place;
-    };
-    std::vector<Placement> placements_;
-    std::vector<std::function<void()>> syncs_;
+    BoundControls bound_;
     QComboBox* combo_ = nullptr;
     QLineEdit* polltime_ = nullptr;
 };

@@ -18,16 +18,29 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
                                            {}},
       serialLink_(s_.m, *MSComm1_, s_.dialogs, s_.home), scanners_(context_),
       timers_(context_, scanners_), scanTable_(context_), keypad_(context_, s_.dialogs),
-      data1_(f_.data1) {
+      data1_(f_.data1), collection_(s_.m, f_, s_.clock), grid_(f_, s_.dialogs) {
     context_.hooks.data1FindId = [this](std::int32_t scaleid) {
         data1_.MoveFirst();
         data1_.FindId(scaleid);
     };
     timers_.attach();
     scanTable_.attach();
-    // The collection pane's own handler takes this over when it is wired; until then the
-    // option shows the pane as the scan table says.
-    f_.opt_datacol.Click = [this] { scanTable_.opt_datacol_Click(); };
+    collection_.excelOutput = [this](int slot) {
+        if (context_.hooks.excelOutput) {
+            context_.hooks.excelOutput(slot);
+        }
+    };
+    collection_.attach();
+    grid_.showPane = [this] { scanTable_.opt_datacol_Click(); };
+    grid_.attach();
+    f_.data2.Refreshed = [this] {
+        if (!data2Bound_) {
+            data2Rows_.bind(f_.data2.ConnectionString, grid_.order());
+            data2Bound_ = true;
+        } else {
+            data2Rows_.refresh(grid_.order());
+        }
+    };
     f_.Command1.Click = [this] { Command1_Click(); };
     driveTimers();
 }

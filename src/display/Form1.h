@@ -7,6 +7,9 @@
 #include "acquisition/ModeTimers.h"
 #include "acquisition/ScanTable.h"
 #include "acquisition/Scanners.h"
+#include "collection/CollectionGrid.h"
+#include "collection/DataColModel.h"
+#include "collection/ReadingCollection.h"
 #include "core/Form1Controls.h"
 #include "links/SerialLink.h"
 
@@ -74,6 +77,10 @@ public:
     acquisition::ScanTable& scanTable() { return scanTable_; }
     acquisition::ModeTimers& modeTimers() { return timers_; }
     Data1Recordset& data1() { return data1_; }
+    collection::ReadingCollection& collection() { return collection_; }
+    collection::CollectionGrid& grid() { return grid_; }
+    // The rows of data2 as the collection pane's grid shows them.
+    collection::DataColModel& data2Rows() { return data2Rows_; }
     links::SerialPort& MSComm1() { return *MSComm1_; }
 
     void Form_Load();
@@ -139,6 +146,10 @@ private:
     acquisition::ScanTable scanTable_;
     Keypad keypad_;
     Data1Recordset data1_;
+    collection::ReadingCollection collection_;
+    collection::CollectionGrid grid_;
+    collection::DataColModel data2Rows_;
+    bool data2Bound_ = false;
     std::unique_ptr<acquisition::QtTimerDriver> timerDriver_;
     bool visible_ = true;
     bool unloaded_ = false;

@@ -3,9 +3,13 @@
 #include "Form1.h"
 #include "Twips.h"
 
+#include <QCheckBox>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTableView>
 #include <QTableWidget>
 
 namespace stellwyn::display {
@@ -93,25 +97,69 @@ void NetWindowView::sync() {
 }
 
 DataWindowView::DataWindowView(Form1& form, QWidget* parent)
-    : QWidget(parent), form_(form), caption_(new QLabel(this)) {
+    : QWidget(parent), form_(form), bound_(form, this, fontTwips), caption_(new QLabel(this)),
+      grid_(new QTableView(this)) {
     setObjectName(QStringLiteral("datawindow"));
     paneBackground(this);
+    core::Form1Controls& f = form_.controls();
+    bound_.afterInput = [this] { sync(); };
+
     caption_->setObjectName(QStringLiteral("Label20"));
+    grid_->setObjectName(QStringLiteral("DataGrid1"));
+    grid_->setAccessibleName(QStringLiteral("Saved readings"));
+    grid_->setModel(&form_.data2Rows());
+    grid_->verticalHeader()->hide();
+    grid_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grid_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grid_->setSelectionMode(QAbstractItemView::SingleSelection);
+    grid_->horizontalHeader()->setStretchLastSection(true);
+    // The grid's notification: the operator brought other rows into view.
+    connect(grid_->verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
+        form_.runEvent([this] { form_.grid().DataGrid1_RowsChanged(); });
+        sync();
+    });
+
+    QGroupBox* sortBy = bound_.frame(f.Frame1, {8640, 0, 3780, 870}, "Frame1");
+    bound_.option(f.opt_ID, sortBy, {120, 240, 1200, 255}, "opt_ID");
+    bound_.option(f.opt_datetime, sortBy, {1440, 240, 1500, 255}, "opt_datetime");
+    bound_.option(f.opt_desc, sortBy, {120, 540, 1200, 255}, "opt_desc");
+    bound_.option(f.opt_grp, sortBy, {1440, 540, 1500, 255}, "opt_grp");
+    bound_.button(f.btn_LogData, this, {8640, 960, 1830, 360}, "btn_LogData")
+        ->setToolTip(QStringLiteral("Keeps the reading of the active scale."));
+    bound_.button(f.btn_dataLogAll, this, {10590, 960, 1830, 360}, "btn_dataLogAll")
+        ->setToolTip(QStringLiteral("Keeps the reading of every scale."));
+    bound_.check(f.chk_SaveOnPrint, this, {8640, 1410, 1830, 270}, "chk_SaveOnPrint")
+        ->setToolTip(QStringLiteral("Keeps every reading the network scan takes."));
+    bound_.check(f.chk_Excel, this, {10590, 1410, 1830, 270}, "chk_Excel");
+    bound_.check(f.Check1, this, {8640, 1740, 1830, 270}, "Check1");
+    bound_.check(f.chk_Reset_Row, this, {10590, 1740, 1830, 270}, "chk_Reset_Row");
+    bound_.label(f.Datamsg, this, {8640, 2040, 3780, 270}, "Datamsg");
+    bound_.button(f.Command2, this, {8640, 2400, 1830, 360}, "Command2")
+        ->setToolTip(QStringLiteral("Deletes every saved reading."));
     setScale(pixelsPerTwip(this));
 }
 
 void DataWindowView::setScale(double scale) {
-    caption_->setGeometry(toPixels({120, 60, 6000, 300}, scale));
+    bound_.setScale(scale);
+    caption_->setGeometry(toPixels({120, 60, 8400, 300}, scale));
     QFont captionFont = font();
     captionFont.setPixelSize(std::max(1, toPixels(200, scale)));
     captionFont.setBold(true);
     caption_->setFont(captionFont);
+    grid_->setGeometry(toPixels({120, 390, 8400, 2520}, scale));
+    QFont gridFont = font();
+    gridFont.setPixelSize(std::max(1, toPixels(fontTwips, scale)));
+    grid_->setFont(gridFont);
+    grid_->horizontalHeader()->setFont(gridFont);
+    grid_->verticalHeader()->setDefaultSectionSize(toPixels(rowTwips, scale));
+    grid_->horizontalHeader()->setFixedHeight(toPixels(rowTwips, scale));
 }
 
 void DataWindowView::sync() {
     const core::Label& state = form_.controls().Label20;
     caption_->setText(state.caption);
     caption_->setVisible(state.visible);
+    bound_.sync();
 }
 
 } // namespace stellwyn::display

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "BoundControls.h"
+
 #include <QWidget>
 
 class QGroupBox;
 class QLabel;
+class QTableView;
 class QTableWidget;
 
 namespace stellwyn::display {
@@ -27,7 +30,8 @@ private:
     double scale_ = 1.0 / 15.0;
 };
 
-// datawindow: the data collection pane. Its caption stands here; the collection fills it.
+// datawindow: the data collection pane: the saved readings in a grid over data2, the sort
+// options, and the buttons and check boxes that keep readings.
 class DataWindowView : public QWidget {
     Q_OBJECT
 public:
@@ -38,7 +42,9 @@ public:
 
 private:
     Form1& form_;
+    BoundControls bound_;
     QLabel* caption_;
+    QTableView* grid_;
 };
 
 } // namespace stellwyn::display

@@ -46,6 +46,9 @@ Connection Connection::open(const QString& connTextOrPath) {
     // SQLite reads the header only at the first statement, so a file that is no database
     // would otherwise pass the open and fail later at some unrelated step.
     connection.run(QStringLiteral("select count(*) from sqlite_master"));
+    // Each commit waits for the disk: nothing the program reports stored is lost to a crash or
+    // a power cut.
+    connection.run(QStringLiteral("pragma synchronous=full"));
     return connection;
 }
 

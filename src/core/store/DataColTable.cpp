@@ -2,6 +2,8 @@
 
 #include "core/store/StoredValues.h"
 
+#include <algorithm>
+
 namespace stellwyn::core {
 
 namespace {
@@ -9,21 +11,69 @@ namespace {
 const QString kInsert = QStringLiteral("insert into datacol (ScaleID, \"Group\", Reading, Time, "
                                        "Date, TagID) values (?, ?, ?, ?, ?, ?)");
 
-// Fixed clauses, one per order; nothing of them comes from data.
-QString orderClause(DataColOrder order) {
+const QString kSelect =
+    QStringLiteral("select ID, ScaleID, Reading, Date, Time, \"Group\", TagID from datacol");
+
+// Fixed key columns, one list per order; nothing of them comes from data. Every order ends on
+// ID so that rows equal in the named fields keep their order of arrival, and so that each row
+// has a key of its own to page from.
+QStringList orderKeys(DataColOrder order) {
     switch (order) {
     case DataColOrder::storeOrder:
-        return QStringLiteral(" order by rowid");
     case DataColOrder::byId:
-        return QStringLiteral(" order by ID, Date, Time");
+        return {QStringLiteral("ID")};
     case DataColOrder::byDateTime:
-        return QStringLiteral(" order by Date, Time, ID");
+        return {QStringLiteral("Date"), QStringLiteral("Time"), QStringLiteral("ID")};
     case DataColOrder::byScaleId:
-        return QStringLiteral(" order by ScaleID, Date, Time, ID");
+        return {QStringLiteral("ScaleID"), QStringLiteral("Date"), QStringLiteral("Time"),
+                QStringLiteral("ID")};
     case DataColOrder::byReading:
-        return QStringLiteral(" order by Reading, Date, Time, ID");
+        return {QStringLiteral("Reading"), QStringLiteral("Date"), QStringLiteral("Time"),
+                QStringLiteral("ID")};
     }
-    return {};
+    return {QStringLiteral("ID")};
+}
+
+QString orderClause(DataColOrder order, bool descending = false) {
+    QStringList keys = orderKeys(order);
+    if (descending) {
+        for (QString& key : keys) {
+            key += QStringLiteral(" desc");
+        }
+    }
+    return QStringLiteral(" order by ") + keys.join(QStringLiteral(", "));
+}
+
+QVariant keyValue(const DataColRow& row, const QString& column) {
+    if (column == u"ID") {
+        return row.id;
+    }
+    if (column == u"ScaleID") {
+        return row.scaleId;
+    }
+    if (column == u"Reading") {
+        return row.reading;
+    }
+    if (column == u"Date") {
+        return row.date;
+    }
+    return row.time;
+}
+
+QList<DataColRow> rowsOf(QSqlQuery& query) {
+    QList<DataColRow> rows;
+    while (query.next()) {
+        DataColRow row;
+        row.id = query.value(0).toLongLong();
+        row.scaleId = query.value(1).toString();
+        row.reading = query.value(2);
+        row.date = query.value(3).toString();
+        row.time = query.value(4).toString();
+        row.group = query.value(5);
+        row.tagId = query.value(6);
+        rows << row;
+    }
+    return rows;
 }
 
 } // namespace
@@ -73,22 +123,59 @@ qint64 countReadings(Connection& connection) {
 }
 
 QList<DataColRow> readings(Connection& connection, DataColOrder order) {
-    QSqlQuery query = connection.run(
-        QStringLiteral("select ID, ScaleID, Reading, Date, Time, \"Group\", TagID from datacol") +
-        orderClause(order));
-    QList<DataColRow> rows;
-    while (query.next()) {
-        DataColRow row;
-        row.id = query.value(0).toLongLong();
-        row.scaleId = query.value(1).toString();
-        row.reading = query.value(2);
-        row.date = query.value(3).toString();
-        row.time = query.value(4).toString();
-        row.group = query.value(5);
-        row.tagId = query.value(6);
-        rows << row;
+    QSqlQuery query = connection.run(kSelect + orderClause(order));
+    return rowsOf(query);
+}
+
+QList<DataColRow> readingsAt(Connection& connection, DataColOrder order, qint64 offset, int limit,
+                             bool fromEnd) {
+    QSqlQuery query =
+        connection.run(kSelect + orderClause(order, fromEnd) + QStringLiteral(" limit ? offset ?"),
+                       {limit, offset});
+    QList<DataColRow> rows = rowsOf(query);
+    if (fromEnd) {
+        std::reverse(rows.begin(), rows.end());
     }
     return rows;
+}
+
+std::optional<QList<DataColRow>> readingsBeside(Connection& connection, DataColOrder order,
+                                                const DataColRow& key, int limit, bool after) {
+    const QStringList keys = orderKeys(order);
+    QVariantList values;
+    for (const QString& column : keys) {
+        values << keyValue(key, column);
+        // A null compares as unknown, so a key holding one cannot say where to go on from.
+        if (values.last().isNull()) {
+            return std::nullopt;
+        }
+    }
+    QStringList marks;
+    marks.fill(QStringLiteral("?"), keys.size());
+    values << limit;
+    QSqlQuery query =
+        connection.run(kSelect + QStringLiteral(" where (") + keys.join(QStringLiteral(", ")) +
+                           (after ? QStringLiteral(") > (") : QStringLiteral(") < (")) +
+                           marks.join(QStringLiteral(", ")) + QStringLiteral(")") +
+                           orderClause(order, !after) + QStringLiteral(" limit ?"),
+                       values);
+    QList<DataColRow> rows = rowsOf(query);
+    if (!after) {
+        std::reverse(rows.begin(), rows.end());
+    }
+    return rows;
+}
+
+void prepareReadingStore(Connection& connection) {
+    // A write-ahead log takes a stored reading to the disk with one sync, and every connection
+    // syncs at each commit, so a row is on the disk when its store returns.
+    connection.run(QStringLiteral("pragma journal_mode=wal"));
+    connection.run(QStringLiteral(
+        "create index if not exists datacol_by_datetime on datacol (Date, Time, ID)"));
+    connection.run(QStringLiteral(
+        "create index if not exists datacol_by_scaleid on datacol (ScaleID, Date, Time, ID)"));
+    connection.run(QStringLiteral(
+        "create index if not exists datacol_by_reading on datacol (Reading, Date, Time, ID)"));
 }
 
 } // namespace stellwyn::core

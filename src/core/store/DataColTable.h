@@ -52,4 +52,16 @@ void deleteAllReadings(Connection& connection);
 qint64 countReadings(Connection& connection);
 QList<DataColRow> readings(Connection& connection, DataColOrder order);
 
+// A page of rows in the order: `limit` rows from `offset`, counted from the first row, or from
+// the last when fromEnd (the rows still come in the order). For a jump into the table.
+QList<DataColRow> readingsAt(Connection& connection, DataColOrder order, qint64 offset, int limit,
+                             bool fromEnd);
+// Up to `limit` rows that follow (or precede) the key row in the order, found through the
+// order's index, however deep into the table. Nothing when the key holds a null.
+std::optional<QList<DataColRow>> readingsBeside(Connection& connection, DataColOrder order,
+                                                const DataColRow& key, int limit, bool after);
+// Readies the readings file for the screen: its write-ahead log, and the indexes behind the
+// grid's orders. Both are kept by the file; a second call finds them made.
+void prepareReadingStore(Connection& connection);
+
 } // namespace stellwyn::core

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "core/store/DataColTable.h"
+
+#include <QString>
+#include <functional>
+
+namespace stellwyn::core {
+class Dialogs;
+class Form1Controls;
+} // namespace stellwyn::core
+
+namespace stellwyn::collection {
+
+// The data collection pane's grid over datacol: its sort options, "Clear List", and the count
+// caption on Label20, which changes only where this class sets it.
+class CollectionGrid {
+public:
+    static const QString baseQuery;
+
+    CollectionGrid(core::Form1Controls& f, core::Dialogs& dialogs);
+
+    // Shows the collection pane in place of the scan table; set by the screen.
+    std::function<void()> showPane;
+
+    void attach();
+
+    void sortdatacol();
+    void opt_datacol_Click();
+    void Command2_Click();
+    // The grid's notification that the rows it shows have changed.
+    void DataGrid1_RowsChanged();
+
+    // The order the last refresh of data2 asked for.
+    core::DataColOrder order() const { return order_; }
+
+private:
+    void refreshData2();
+    void setCountCaption();
+
+    core::Form1Controls& f_;
+    core::Dialogs& dialogs_;
+    core::DataColOrder order_ = core::DataColOrder::storeOrder;
+};
+
+} // namespace stellwyn::collection
