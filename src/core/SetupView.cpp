@@ -166,9 +166,10 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
         QLabel* error = nullptr;
         QLineEdit* edit = lineEdit(name, state, &error);
         edit->setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * 12);
-        auto* field = new QVBoxLayout;
+        // The column has room beside these short boxes for the note of a refused time.
+        auto* field = new QHBoxLayout;
         field->addWidget(edit);
-        field->addWidget(error);
+        field->addWidget(error, 1);
         auto* caption = new QLabel(withMnemonic(label.caption, letter), frame1);
         caption->setBuddy(edit);
         frame1Layout->addRow(caption, field);
