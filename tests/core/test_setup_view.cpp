@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -39,9 +40,21 @@ void SetupViewTest::keyboard_choosesTheLinkEditsARecordAndCloses() {
     QVERIFY(!view.findChild<QRadioButton*>(QStringLiteral("opt_ethernet"))->isVisible());
     QVERIFY(!view.findChild<QCheckBox*>(QStringLiteral("Chk_TimerDataLog"))->isVisible());
 
-    // RS232 at first: the records are out of reach. Alt+U chooses USB-RS485.
+    // RS232 at first: the records are out of reach, the port's device is typed by hand.
     QLineEdit* netId = edit("txtFields4");
     QVERIFY(!netId->isEnabled());
+    QTest::keyClick(focused(), Qt::Key_V, Qt::AltModifier);
+    auto* device = view.findChild<QComboBox*>(QStringLiteral("cmb_device"));
+    QCOMPARE(focused(), device);
+    device->lineEdit()->selectAll();
+    const QString pty = f.home.file(QStringLiteral("pts-7"));
+    QTest::keyClicks(device->lineEdit(), pty);
+    QTest::keyClick(focused(), Qt::Key_Tab);
+    QCOMPARE(f.settings.serialDevicePath(1), pty);
+    QVERIFY(view.findChild<QLabel*>(QStringLiteral("cmb_device_error"))->isVisible());
+
+    // Alt+U chooses USB-RS485.
+
     QTest::keyClick(focused(), Qt::Key_U, Qt::AltModifier);
     QTRY_VERIFY(netId->isEnabled());
     QCOMPARE(f.stored(QStringLiteral("select commtype from syscfg")).toString(),
