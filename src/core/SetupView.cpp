@@ -183,7 +183,7 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     connect(usberr, &QLineEdit::textEdited, this,
             [this](const QString& text) { logic_.txt_usberr_Change(text); });
 
-    QCheckBox* rfnet = checkBox("chk_RFnet");
+    QCheckBox* rfnet = checkBox("chk_RFnet", c.chk_RFnet);
     rfnet->setText(withMnemonic(c.chk_RFnet.caption, u'F'));
     auto* label1 = new QLabel(withMnemonic(c.Label1.caption, u'h'), frame1);
     label1->setObjectName(QStringLiteral("Label1"));
@@ -208,13 +208,13 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
         channel->setEnabled(c.cmbRfNetID.enabled);
         label1->setEnabled(c.Label1.enabled);
     });
-    QCheckBox* smallfonts = checkBox("chk_smallfonts");
+    QCheckBox* smallfonts = checkBox("chk_smallfonts", c.chk_smallfonts);
     smallfonts->setText(withMnemonic(c.chk_smallfonts.caption, u'm'));
     frame1Layout->addRow(smallfonts);
-    QCheckBox* enbcol = checkBox("chk_enbcol");
+    QCheckBox* enbcol = checkBox("chk_enbcol", c.chk_enbcol);
     enbcol->setText(withMnemonic(c.chk_enbcol.caption, u'b'));
     frame1Layout->addRow(enbcol);
-    QPushButton* datapath = button("btn_datapath");
+    QPushButton* datapath = button("btn_datapath", c.btn_datapath);
     auto* datapathRow = new QHBoxLayout;
     datapathRow->addWidget(datapath);
     datapathRow->addStretch();
@@ -240,14 +240,14 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     fieldRow(fieldSctype, u'T');
     fieldRow(fieldNetId, u'I');
     fieldRow(fieldDescription, u'n');
-    QCheckBox* active = checkBox("chkFields");
+    QCheckBox* active = checkBox("chkFields", c.chkFields);
     auto* activeLabel = new QLabel(withMnemonic(c.lbl_active.caption, u'A'), frame2);
     activeLabel->setBuddy(active);
     frame2Layout->addRow(activeLabel, active);
     lostFocus_.insert(active, [this] { logic_.chkFields_LostFocus(); });
     syncs_.push_back([activeLabel, &c] { activeLabel->setEnabled(c.lbl_active.enabled); });
 
-    QCheckBox* timerLog = checkBox("Chk_TimerDataLog");
+    QCheckBox* timerLog = checkBox("Chk_TimerDataLog", c.Chk_TimerDataLog);
     frame2Layout->addRow(timerLog);
     QLabel* text1Error = nullptr;
     QLineEdit* text1 = lineEdit("Text1", c.Text1, &text1Error);
@@ -281,9 +281,9 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     }
     frame2Layout->addRow(navigation);
     auto* records = new QHBoxLayout;
-    QPushButton* add = button("Command2");
+    QPushButton* add = button("Command2", c.Command2);
     add->setText(withMnemonic(c.Command2.caption, u'c'));
-    QPushButton* remove = button("Command3");
+    QPushButton* remove = button("Command3", c.Command3);
     remove->setText(withMnemonic(c.Command3.caption, u'l'));
     records->addWidget(add);
     records->addWidget(remove);
@@ -297,9 +297,9 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     sd->setLayout(new QVBoxLayout);
     sd->setEnabled(false);
 
-    QPushButton* ok = button("OK");
+    QPushButton* ok = button("OK", c.OK);
     ok->setDefault(true);
-    QPushButton* cancel = button("Cancel");
+    QPushButton* cancel = button("Cancel", c.Cancel);
 
     auto* left = new QVBoxLayout;
     auto* top = new QHBoxLayout;
@@ -367,49 +367,31 @@ QLineEdit* SetupView::lineEdit(const char* name, TextBox& state, QLabel** error)
     return edit;
 }
 
-QCheckBox* SetupView::checkBox(const char* name) {
-    SetupControls& c = logic_.c;
-    CheckBox* state = nullptr;
-    const QString id = QString::fromLatin1(name);
-    for (auto [candidate, key] :
-         {std::pair{&c.chk_RFnet, "chk_RFnet"}, std::pair{&c.chk_smallfonts, "chk_smallfonts"},
-          std::pair{&c.chk_enbcol, "chk_enbcol"}, std::pair{&c.chkFields, "chkFields"},
-          std::pair{&c.Chk_TimerDataLog, "Chk_TimerDataLog"}}) {
-        if (id == QLatin1String(key)) {
-            state = candidate;
-        }
-    }
-    auto* box = new QCheckBox(state->caption, this);
-    box->setObjectName(id);
-    box->setToolTip(state->toolTip);
+QCheckBox* SetupView::checkBox(const char* name, CheckBox& state) {
+    auto* box = new QCheckBox(state.caption, this);
+    box->setObjectName(QString::fromLatin1(name));
+    box->setToolTip(state.toolTip);
     box->installEventFilter(this);
     connect(box, &QCheckBox::clicked, this,
-            [state](bool checked) { state->setValue(checked ? 1 : 0); });
-    syncs_.push_back([box, state] {
-        showState(box, state->enabled, state->visible);
-        box->setChecked(state->value() != 0);
+            [&state](bool checked) { state.setValue(checked ? 1 : 0); });
+    syncs_.push_back([box, &state] {
+        showState(box, state.enabled, state.visible);
+        box->setChecked(state.value() != 0);
     });
     return box;
 }
 
-QPushButton* SetupView::button(const char* name) {
-    SetupControls& c = logic_.c;
-    const QString id = QString::fromLatin1(name);
-    CommandButton* state = id == u"btn_datapath" ? &c.btn_datapath
-                           : id == u"Command2"   ? &c.Command2
-                           : id == u"Command3"   ? &c.Command3
-                           : id == u"OK"         ? &c.OK
-                                                 : &c.Cancel;
-    auto* push = new QPushButton(state->caption, this);
-    push->setObjectName(id);
+QPushButton* SetupView::button(const char* name, CommandButton& state) {
+    auto* push = new QPushButton(state.caption, this);
+    push->setObjectName(QString::fromLatin1(name));
     push->setAutoDefault(false);
-    connect(push, &QPushButton::clicked, this, [this, state] {
+    connect(push, &QPushButton::clicked, this, [this, &state] {
         leaveFocusedField();
-        if (state->Click) {
-            state->Click();
+        if (state.Click) {
+            state.Click();
         }
     });
-    syncs_.push_back([push, state] { showState(push, state->enabled, state->visible); });
+    syncs_.push_back([push, &state] { showState(push, state.enabled, state.visible); });
     return push;
 }
 

@@ -16,6 +16,8 @@ class QRadioButton;
 namespace stellwyn::core {
 
 class Setup;
+class CheckBox;
+struct CommandButton;
 struct TextBox;
 
 // Draws the Setup screen from its controls' state and forwards the operator's input: clicks,
@@ -34,8 +36,8 @@ protected:
 
 private:
     QLineEdit* lineEdit(const char* name, TextBox& state, QLabel** error);
-    QCheckBox* checkBox(const char* name);
-    QPushButton* button(const char* name);
+    QCheckBox* checkBox(const char* name, CheckBox& state);
+    QPushButton* button(const char* name, CommandButton& state);
     // A click of a button first writes the field being edited, as leaving it would.
     void leaveFocusedField();
     void focusField(int index);
