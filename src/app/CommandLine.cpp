@@ -16,6 +16,9 @@ QString helpText() {
         "  --answer yes|no     the answer to every Yes/No question when unattended\n"
         "                      (default: no)\n"
         "  --activate          open the main screen at start-up\n"
+        "  --setup             open the Setup screen at start-up (before the main screen\n"
+        "                      when --activate is given too); unattended, it loads, writes\n"
+        "                      its settings and closes at once\n"
         "  --demo              run on a demonstration home (made when missing: --home,\n"
         "                      else demo/ in the user's data folder) whose three simulated\n"
         "                      scales, NetIDs 130 to 132, show on the main screen\n"
@@ -48,6 +51,8 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
             options.unattended = true;
         } else if (arg == u"--activate") {
             options.activate = true;
+        } else if (arg == u"--setup") {
+            options.setup = true;
         } else if (arg == u"--demo") {
             options.demo = true;
         } else if (arg == u"--home" || arg.startsWith(u"--home=")) {

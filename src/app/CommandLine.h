@@ -13,6 +13,9 @@ struct CommandLine {
     bool answerYes = false;
     // Opens the main screen at start-up, as "Activate Remote Screen" would.
     bool activate = false;
+    // Opens the Setup screen at start-up, as "Scale Configurations" would; before the main
+    // screen when both are asked for.
+    bool setup = false;
     // Runs on a demonstration home with simulated scales.
     bool demo = false;
 };

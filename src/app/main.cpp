@@ -17,6 +17,8 @@
 #include "core/LoadSettings.h"
 #include "core/Module1.h"
 #include "core/SettingsStore.h"
+#include "core/Setup.h"
+#include "core/SetupView.h"
 #include "core/WidgetDialogsView.h"
 #include "core/store/CreateDatabase.h"
 #include "display/Form1.h"
@@ -156,6 +158,26 @@ int main(int argc, char** argv) {
         about.exec();
     });
 
+    // The Setup screen, modal over the frame. Unattended it cannot be shown, so, as a modal
+    // chooser does there, it counts as cancelled: it loads (with its messages and the writes
+    // of its load) and closes at once.
+    frame.showSetupModal = [&] {
+        core::Setup setup(m, *dialogs, home, settings);
+        setup.showGetdatapath = [](core::Getdatapath& chooser) {
+            core::GetdatapathView view(chooser, QApplication::activeModalWidget());
+            view.exec();
+        };
+        if (!setup.Form_Load()) {
+            return;
+        }
+        if (!dialogs->interactive()) {
+            setup.Cancel_Click();
+            return;
+        }
+        core::SetupView view(setup, frameView.get());
+        view.exec();
+    };
+
     app::Main start(m, *dialogs, home);
     start.loadFrame = [&] {
         frameView = std::make_unique<app::FrmMainView>(frame);
@@ -200,6 +222,9 @@ int main(int argc, char** argv) {
         screen = std::make_unique<display::Form1Host>(*frameView->mdiArea(), makeForm1);
         QObject::connect(&frame, &app::FrmMain::activateRemoteScreen, screen.get(),
                          &display::Form1Host::show);
+        if (options.setup) {
+            frame.mnu_setups_Click();
+        }
         if (options.activate || options.demo) {
             frame.m_ars_Click();
         }

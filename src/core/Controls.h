@@ -25,6 +25,9 @@ struct TextBox {
     QString text;
     bool enabled = true;
     bool visible = true;
+    QString toolTip;
+    // Set when the text was refused and not stored: says why, beside the box.
+    QString error;
 };
 
 class CheckBox {
@@ -36,6 +39,7 @@ public:
     QString caption;
     bool enabled = true;
     bool visible = true;
+    QString toolTip;
     std::function<void()> Click;
 
 private:

@@ -25,6 +25,11 @@ bool SettingsStore::contains(const QString& section, const QString& key) const {
     return settings_->contains(keyOf(section, key));
 }
 
+void SettingsStore::removeSetting(const QString& section, const QString& key) {
+    settings_->remove(keyOf(section, key));
+    settings_->sync();
+}
+
 QString SettingsStore::serialDevicePath(int port) const {
     return getSetting(QStringLiteral("Ports"), QStringLiteral("COM%1").arg(port),
                       QStringLiteral("/dev/ttyS%1").arg(port - 1));

@@ -17,6 +17,8 @@ public:
                        const QString& defaultValue) const;
     void saveSetting(const QString& section, const QString& key, const QString& value);
     bool contains(const QString& section, const QString& key) const;
+    // Takes the key out, so that its default applies again.
+    void removeSetting(const QString& section, const QString& key);
 
     // Device path of serial port n: Ports/COMn, else /dev/ttyS<n-1>.
     QString serialDevicePath(int port) const;

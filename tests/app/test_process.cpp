@@ -52,6 +52,7 @@ private slots:
     void createDatabase_makesBothFilesAndNeverOverwrites();
     void secondInstance_refusedWhileFirstRuns();
     void badOption_saysSoAndFails();
+    void setupAtStart_unattended_loadsAndClosesTheScreen();
 };
 
 void Process::unattended_firstStart_messagesInOrderThenFatal() {
@@ -149,6 +150,33 @@ void Process::badOption_saysSoAndFails() {
     QCOMPARE(r.status, 2);
     QCOMPARE(r.errLines.size(), 1);
     QVERIFY(r.errLines[0].contains(QStringLiteral("--answer")));
+}
+
+// Unattended, the screen cannot be shown: it loads, with its message and the row it adds, and
+// closes, and the program goes on running.
+void Process::setupAtStart_unattended_loadsAndClosesTheScreen() {
+    TempHome home;
+    QCOMPARE(
+        runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")})
+            .status,
+        0);
+    QProcess p;
+    p.start(program(), {QStringLiteral("--home"), home.path(), QStringLiteral("--unattended"),
+                        QStringLiteral("--setup")});
+    QVERIFY(p.waitForStarted());
+    QString said;
+    const auto heard = [&] {
+        said += QString::fromLocal8Bit(p.readAllStandardError());
+        return said.contains(u'\n');
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(heard(), 20000);
+    QTest::qWait(300);
+    QCOMPARE(p.state(), QProcess::Running);
+    p.terminate();
+    p.waitForFinished(10000);
+    said += QString::fromLocal8Bit(p.readAllStandardError());
+    QCOMPARE(said, QStringLiteral("message: There were no scale configuration records. A new one "
+                                  "has been created for Network ID#130.\n"));
 }
 
 QTEST_GUILESS_MAIN(Process)

@@ -60,6 +60,8 @@ NewScaleCfg setupNewScaleCfg(const QVariant& netId, bool active) {
     NewScaleCfg row;
     row.sctype = QStringLiteral("RS485");
     row.description = QStringLiteral("SCALE RS485");
+    // Empty, not null: a search for a serial number compares it as text.
+    row.serialNo = QStringLiteral("");
     row.netId = netId;
     row.active = active;
     return row;
