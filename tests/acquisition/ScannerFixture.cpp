@@ -5,7 +5,39 @@
 #include "core/store/CreateDatabase.h"
 #include "core/store/DataColTable.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
 namespace stellwyn::acquisitiontest {
+
+namespace {
+// Looks at every yield: an event posted while events run is delivered at the next one.
+class YieldWatcher final : public QObject {
+public:
+    YieldWatcher(std::function<bool()> when, std::function<void()> then)
+        : when_(std::move(when)), then_(std::move(then)) {
+        post();
+    }
+
+    bool event(QEvent* e) override {
+        if (e->type() != QEvent::User) {
+            return QObject::event(e);
+        }
+        if (when_()) {
+            then_();
+        } else {
+            post();
+        }
+        return true;
+    }
+
+private:
+    void post() { QCoreApplication::postEvent(this, new QEvent(QEvent::User)); }
+
+    std::function<bool()> when_;
+    std::function<void()> then_;
+};
+} // namespace
 
 ScannerFixture::ScannerFixture(const QDateTime& start)
     : clock(start), context{m, f, clock, {}, {}}, scanners(context) {
@@ -15,6 +47,13 @@ ScannerFixture::ScannerFixture(const QDateTime& start)
         slaveTexts << QStringLiteral("%1:%2").arg(k).arg(text);
     };
     context.hooks.excelOutput = [this](int listIndex) { excelCalls << listIndex; };
+    port.PortOpen(true);
+    context.links.MSComm1 = &port;
+}
+
+void ScannerFixture::closeAtYield(std::function<bool()> when) {
+    closer =
+        std::make_unique<YieldWatcher>(std::move(when), [this] { m.formclosing = core::vbTrue; });
 }
 
 void ScannerFixture::addScale(int netId, const QString& description) {
