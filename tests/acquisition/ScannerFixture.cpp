@@ -5,39 +5,7 @@
 #include "core/store/CreateDatabase.h"
 #include "core/store/DataColTable.h"
 
-#include <QCoreApplication>
-#include <QEvent>
-
 namespace stellwyn::acquisitiontest {
-
-namespace {
-// Looks at every yield: an event posted while events run is delivered at the next one.
-class YieldWatcher final : public QObject {
-public:
-    YieldWatcher(std::function<bool()> when, std::function<void()> then)
-        : when_(std::move(when)), then_(std::move(then)) {
-        post();
-    }
-
-    bool event(QEvent* e) override {
-        if (e->type() != QEvent::User) {
-            return QObject::event(e);
-        }
-        if (when_()) {
-            then_();
-        } else {
-            post();
-        }
-        return true;
-    }
-
-private:
-    void post() { QCoreApplication::postEvent(this, new QEvent(QEvent::User)); }
-
-    std::function<bool()> when_;
-    std::function<void()> then_;
-};
-} // namespace
 
 ScannerFixture::ScannerFixture(const QDateTime& start)
     : clock(start), context{m, f, clock, {}, {}}, scanners(context) {
@@ -52,8 +20,17 @@ ScannerFixture::ScannerFixture(const QDateTime& start)
 }
 
 void ScannerFixture::closeAtYield(std::function<bool()> when) {
-    closer =
-        std::make_unique<YieldWatcher>(std::move(when), [this] { m.formclosing = core::vbTrue; });
+    // A call queued while events run is made at the next yield.
+    QMetaObject::invokeMethod(
+        &yieldWatch,
+        [this, when] {
+            if (when()) {
+                m.formclosing = core::vbTrue;
+            } else {
+                closeAtYield(when);
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void ScannerFixture::addScale(int netId, const QString& description) {

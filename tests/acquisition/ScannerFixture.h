@@ -60,7 +60,7 @@ struct ScannerFixture {
     acquisition::Scanners scanners;
     QStringList slaveTexts; // "k:text" for every slave window shown
     QList<int> excelCalls;  // the list index of every spreadsheet output
-    std::unique_ptr<QObject> closer;
+    QObject yieldWatch;     // where closeAtYield queues its looks
 };
 
 } // namespace stellwyn::acquisitiontest
