@@ -22,7 +22,11 @@ bool loggingOn(std::int16_t flag) {
 void Scanners::parseweight(const QByteArray& data) {
     core::Module1& m = c_.m;
     QString received;
-    appendReply(received, data);
+    bool cut = false;
+    appendReply(received, data, cut);
+    if (cut) {
+        receiveCut_.cut();
+    }
     const std::optional<AddressedReply> reply = splitAddress(core::trimBlanks(received));
     if (!reply) {
         return;
@@ -51,7 +55,7 @@ void Scanners::Data_collect() {
     }
     const qint64 id = store(m.scaledesc[n], reading);
     yieldToEvents();
-    if (f.chk_Excel.value() == 1) {
+    if (!closing() && f.chk_Excel.value() == 1) {
         excelOutput(id);
     }
 }

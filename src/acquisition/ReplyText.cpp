@@ -1,6 +1,9 @@
 #include "ReplyText.h"
 
+#include "core/InputBound.h"
 #include "core/Module1.h"
+
+#include <algorithm>
 
 namespace stellwyn::acquisition {
 
@@ -16,7 +19,7 @@ bool isLineEnd(char c) {
 }
 } // namespace
 
-QByteArray appendReply(QString& received, QByteArray chunk) {
+QByteArray appendReply(QString& received, QByteArray chunk, bool& cut) {
     if (received.isEmpty()) {
         qsizetype skip = 0;
         while (skip < chunk.size() && isLineEnd(chunk.at(skip))) {
@@ -24,7 +27,8 @@ QByteArray appendReply(QString& received, QByteArray chunk) {
         }
         chunk.remove(0, skip);
     }
-    received += QString::fromLatin1(chunk);
+    const QByteArrayView tail = QByteArrayView(chunk).last(std::min(chunk.size(), core::kInputCap));
+    cut = core::appendBounded(received, QString::fromLatin1(tail)) || tail.size() < chunk.size();
     return chunk;
 }
 

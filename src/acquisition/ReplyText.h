@@ -16,8 +16,9 @@ namespace stellwyn::acquisition {
 // Appends a chunk to a receive text as 8-bit characters. CR and LF standing in front of a reply
 // are the tail of the previous one, whose LF can come after the scanner has already acted on
 // its CR; they are dropped so the next reply keeps its address byte (or, on RS-232, its text).
-// Returns the chunk as it was kept.
-QByteArray appendReply(QString& received, QByteArray chunk);
+// The receive text keeps its newest core::kInputCap characters; `cut` tells whether anything
+// was dropped. Returns the chunk as it was kept.
+QByteArray appendReply(QString& received, QByteArray chunk, bool& cut);
 
 // The text up to its first CR, then up to its first LF.
 QString cutAtLineEnd(const QString& text);

@@ -1,16 +1,37 @@
 #include "Scanners.h"
 
 #include "AcquisitionContext.h"
+#include "ReplyText.h"
 #include "collection/StoreReading.h"
 #include "core/FatalError.h"
 #include "core/Form1Controls.h"
 #include "core/Module1.h"
 
+#include <QLoggingCategory>
 #include <limits>
 
 namespace stellwyn::acquisition {
 
-Scanners::Scanners(AcquisitionContext& context) : c_(context), scanTable_(context) {}
+namespace {
+Q_LOGGING_CATEGORY(lcAcquisition, "stellwyn.acquisition")
+} // namespace
+
+Scanners::Scanners(AcquisitionContext& context)
+    : c_(context), scanTable_(context),
+      receiveCut_(lcAcquisition(), QStringLiteral("A receive text with no CR")) {}
+
+QByteArray Scanners::receive(const QByteArray& chunk) {
+    bool cut = false;
+    QByteArray kept = appendReply(c_.m.scalelast[0], chunk, cut);
+    if (cut) {
+        receiveCut_.cut();
+    }
+    return kept;
+}
+
+bool Scanners::closing() const {
+    return c_.m.formclosing != 0;
+}
 
 QString Scanners::blz(const QString& text) {
     for (qsizetype i = 0; i < text.size(); ++i) {

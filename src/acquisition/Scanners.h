@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ScanTable.h"
+#include "core/InputBound.h"
 
 #include <QByteArray>
 #include <QString>
@@ -27,6 +28,12 @@ public:
     static QString blz(const QString& text);
 
 private:
+    // Adds what a link delivered to the receive text, bounded. Returns the chunk as kept: a
+    // line end is looked for in that alone, so a text that never gets one costs no more at
+    // each poll as it grows.
+    QByteArray receive(const QByteArray& chunk);
+    // The screen went in the last yield: nothing more may be shown or stored.
+    bool closing() const;
     // The display of the main screen follows the scale it shows.
     void showOnScreen(int i);
     // One datacol row; returns its ID.
@@ -38,6 +45,7 @@ private:
 
     AcquisitionContext& c_;
     ScanTable scanTable_;
+    core::CutNote receiveCut_;
 };
 
 } // namespace stellwyn::acquisition

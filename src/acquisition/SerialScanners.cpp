@@ -19,10 +19,8 @@ void Scanners::rs232_inputscan() {
     links::SerialPort& port = *c_.links.MSComm1;
 
     yieldToEvents();
-    if (port.InBufferCount() > 0) {
-        appendReply(m.scalelast[0], port.Input());
-    }
-    if (!m.scalelast[0].contains(u'\r')) {
+    // The port closes with the screen, which may have gone in the yield.
+    if (closing() || port.InBufferCount() == 0 || !receive(port.Input()).contains('\r')) {
         return;
     }
     const QString line = core::trimBlanks(m.scalelast[0]);
@@ -56,14 +54,10 @@ void Scanners::rs485_inputscan() {
             return;
         }
         wait.yield();
-        // The port closes with the screen, which may have gone in the yield.
-        if (m.formclosing != 0) {
+        if (closing()) {
             return;
         }
-        if (port.InBufferCount() > 0) {
-            appendReply(m.scalelast[0], port.Input());
-        }
-        if (m.scalelast[0].contains(u'\r')) {
+        if (port.InBufferCount() > 0 && receive(port.Input()).contains('\r')) {
             break;
         }
     }

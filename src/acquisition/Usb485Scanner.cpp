@@ -26,7 +26,7 @@ void Scanners::USB485_inputscan() {
     links::FtdiApi& ftdi = *c_.links.ftdi;
 
     yieldToEvents();
-    if (m.formclosing != 0) {
+    if (closing()) {
         return;
     }
     m.scalelast[0].clear();
@@ -46,7 +46,7 @@ void Scanners::USB485_inputscan() {
         wait.yield();
         links::DWORD waiting = 0;
         ftdi.FT_GetQueueStatus(m.usbhandle, waiting);
-        if (m.formclosing != 0) {
+        if (closing()) {
             return;
         }
         if (waiting == 0) {
@@ -56,9 +56,9 @@ void Scanners::USB485_inputscan() {
         links::DWORD got = 0;
         ftdi.FT_Read(m.usbhandle, chunk, std::min(waiting, readBufferSize), got);
         chunk.truncate(got);
-        lastChunk = appendReply(m.scalelast[0], chunk);
+        lastChunk = receive(chunk);
         printflag = m.scalelast[0].size() > 1 && m.scalelast[0].at(1) == u'+';
-        if (m.scalelast[0].contains(u'\r')) {
+        if (lastChunk.contains('\r')) {
             break;
         }
     }
@@ -84,6 +84,10 @@ void Scanners::USB485_inputscan() {
 
     m.scaleweight[i] = marked->text;
     yieldToEvents();
+    // A screen that closed in a yield shows and keeps nothing more.
+    if (closing()) {
+        return;
+    }
     showOnScreen(i);
     // Slave window k shows table entry k, so only the window of this scale's entry changes.
     if (i < core::slaveCount && m.slaveopen[i] == 1 && c_.hooks.showOnSlave) {
@@ -95,6 +99,9 @@ void Scanners::USB485_inputscan() {
     if (f.Check1.value() == 1 && marked->groupflag == 1) {
         store(scaleid, m.scaleweight[i]);
         yieldToEvents();
+        if (closing()) {
+            return;
+        }
     }
     // A "#" reading with "Auto Save" ticked is kept by both stores: that is wanted.
     if (f.chk_SaveOnPrint.value() == 1 || marked->printflag) {

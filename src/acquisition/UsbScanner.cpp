@@ -28,7 +28,7 @@ void Scanners::USB_inputscan() {
     chunk.truncate(got);
 
     m.scalelast[0].clear();
-    if (appendReply(m.scalelast[0], chunk).isEmpty()) {
+    if (receive(chunk).isEmpty()) {
         // Only the line end of the last reading came: there is no new reading in it.
         return;
     }

@@ -1,8 +1,14 @@
 #include "SettingsStore.h"
 
+#include "InputBound.h"
+
+#include <QLoggingCategory>
+
 namespace stellwyn::core {
 
 namespace {
+Q_LOGGING_CATEGORY(lcCore, "stellwyn.core")
+
 QString keyOf(const QString& section, const QString& key) {
     return section + u'/' + key;
 }
@@ -13,7 +19,8 @@ SettingsStore::SettingsStore(const QString& iniPath)
 
 QString SettingsStore::getSetting(const QString& section, const QString& key,
                                   const QString& defaultValue) const {
-    return settings_->value(keyOf(section, key), defaultValue).toString();
+    return boundedValue(settings_->value(keyOf(section, key), defaultValue).toString(), lcCore(),
+                        QStringLiteral("The setting ") + keyOf(section, key));
 }
 
 void SettingsStore::saveSetting(const QString& section, const QString& key, const QString& value) {

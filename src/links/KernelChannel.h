@@ -1,6 +1,7 @@
 #pragma once
 
 #include "links/FtdiChannel.h"
+#include "links/ReadBufferBound.h"
 
 #include <QSerialPort>
 
@@ -29,6 +30,7 @@ private:
     bool usable();
 
     QSerialPort port_;
+    ReadBufferBound bound_{port_};
     bool lost_ = false;
 };
 

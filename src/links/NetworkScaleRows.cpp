@@ -3,7 +3,22 @@
 #include "core/Dialogs.h"
 #include "core/store/ScaleCfgTable.h"
 
+#include <cmath>
+
 namespace stellwyn::links {
+
+namespace {
+// An empty field or one that is no number is left to the table entry, which refuses it.
+bool fitsAnAddressByte(const QVariant& netId) {
+    bool ok = false;
+    const double value = netId.toDouble(&ok);
+    if (netId.isNull() || !ok) {
+        return true;
+    }
+    const double rounded = std::nearbyint(value);
+    return rounded >= 0 && rounded <= 255;
+}
+} // namespace
 
 std::optional<QList<QVariant>> networkScaleNetIds(core::Connection& connection,
                                                   core::Dialogs& dialogs) {
@@ -23,7 +38,21 @@ std::optional<QList<QVariant>> networkScaleNetIds(core::Connection& connection,
             // clang-format on
             return std::nullopt;
         }
+        if (!fitsAnAddressByte(row.netId)) {
+            // Sent as it stands, its low byte would be some other scale's address.
+            dialogs.beep();
+            // clang-format off
+            dialogs.message(QStringLiteral("The RS485 scale in setup row %1 has a Net ID of %2, outside 0 to 255. It is left out of this screen: please correct this in the setup screen.")
+                                .arg(row.id)
+                                .arg(row.netId.toString()));
+            // clang-format on
+            continue;
+        }
         netIds << row.netId;
+    }
+    // Every row was told of and left out: there is no scale to open the link for.
+    if (netIds.isEmpty()) {
+        return std::nullopt;
     }
     return netIds;
 }

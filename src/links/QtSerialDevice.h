@@ -1,5 +1,6 @@
 #pragma once
 
+#include "links/ReadBufferBound.h"
 #include "links/SerialDevice.h"
 
 #include <QSerialPort>
@@ -28,6 +29,7 @@ private:
 
     const core::SettingsStore& settings_;
     QSerialPort port_;
+    ReadBufferBound bound_{port_};
     bool lost_ = false;
 };
 

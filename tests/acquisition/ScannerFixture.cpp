@@ -15,6 +15,22 @@ ScannerFixture::ScannerFixture(const QDateTime& start)
         slaveTexts << QStringLiteral("%1:%2").arg(k).arg(text);
     };
     context.hooks.excelOutput = [this](int listIndex) { excelCalls << listIndex; };
+    port.PortOpen(true);
+    context.links.MSComm1 = &port;
+}
+
+void ScannerFixture::closeAtYield(std::function<bool()> when) {
+    // A call queued while events run is made at the next yield.
+    QMetaObject::invokeMethod(
+        &yieldWatch,
+        [this, when] {
+            if (when()) {
+                m.formclosing = core::vbTrue;
+            } else {
+                closeAtYield(when);
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void ScannerFixture::addScale(int netId, const QString& description) {

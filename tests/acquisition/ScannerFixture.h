@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FakeSerialPort.h"
 #include "TempHome.h"
 #include "acquisition/AcquisitionContext.h"
 #include "acquisition/Scanners.h"
@@ -10,6 +11,8 @@
 
 #include <QDateTime>
 #include <QStringList>
+#include <functional>
+#include <memory>
 
 namespace stellwyn::acquisitiontest {
 
@@ -40,15 +43,24 @@ struct ScannerFixture {
     QStringList storedRows() const;
     // Everything a reply that is not taken must leave as it was.
     QStringList snapshot() const;
+    // The screen closes at the first yield at which `when` holds. Only formclosing is set: the
+    // tables stay as they were, so nothing but the scanner's own look at it can stop it.
+    void closeAtYield(std::function<bool()> when);
 
     testsupport::TempHome home;
     core::VirtualClock clock;
     core::Module1 m;
     core::Form1Controls f;
+    // MSComm1, open: the real control over a device the test feeds.
+    std::unique_ptr<linkstest::FakeSerialDevice> ownedSerial =
+        std::make_unique<linkstest::FakeSerialDevice>();
+    linkstest::FakeSerialDevice& serial = *ownedSerial;
+    links::SerialControl port{std::move(ownedSerial)};
     acquisition::AcquisitionContext context;
     acquisition::Scanners scanners;
     QStringList slaveTexts; // "k:text" for every slave window shown
     QList<int> excelCalls;  // the list index of every spreadsheet output
+    QObject yieldWatch;     // where closeAtYield queues its looks
 };
 
 } // namespace stellwyn::acquisitiontest

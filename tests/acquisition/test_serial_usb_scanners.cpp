@@ -1,6 +1,5 @@
 // The scanners of the single scale on RS-232, the RS-485 network, the single USB scale and the
 // Ethernet parser: when a text becomes a reading, and which rows each keeps.
-#include "FakeSerialPort.h"
 #include "ScannerFixture.h"
 #include "acquisition/Frames.h"
 #include "links/ChannelFtdi.h"
@@ -9,6 +8,7 @@
 #include "sim/InProcessLink.h"
 #include "sim/WireTime.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace stellwyn;
@@ -16,13 +16,11 @@ using acquisitiontest::ScannerFixture;
 
 namespace {
 
-// A scale on a serial port, through the recording MSComm1; on a simulated line when given one.
+// A scale on the serial port: bytes the test feeds, or a simulated line when attached.
 struct Serial : ScannerFixture {
     explicit Serial(sim::Bus::Mode mode = sim::Bus::Mode::Rs232) : bus(mode), line(bus, clock) {
         bus.setByteTime(sim::kByteTime9600);
         line.setByteTime(sim::kByteTime9600);
-        port.PortOpen(true);
-        context.links.MSComm1 = &port;
         addScale(130, QStringLiteral("Scale A"));
         bus.add(130).weight().setFixedText("12.5");
         if (mode == sim::Bus::Mode::Addressed) {
@@ -32,9 +30,10 @@ struct Serial : ScannerFixture {
 
     sim::Indicator& scale(int netId) { return *bus.find(netId); }
 
+    void attach() { serial.line = &line; }
+
     sim::Bus bus;
     sim::InProcessLink line;
-    linkstest::FakeSerialPort port;
 };
 
 // A scale that is a USB device of its own: it answers "*" requests like the serial scale.
@@ -68,6 +67,8 @@ private slots:
     void rs485_replies_data();
     void rs485_replies();
     void rs485_replyCutByTheWait_isCompletedByTheNextCall();
+    void textWithoutCr_keepsItsNewest4KiB_data();
+    void textWithoutCr_keepsItsNewest4KiB();
     void usb_reading_data();
     void usb_reading();
     void parseweight_logsUnderTheScalePickedInCombo1_data();
@@ -107,7 +108,7 @@ void SerialUsbScannersTest::rs232_lineTakenAtItsCr() {
     Serial s;
     s.f.Check1.setValue(check1);
     for (const QByteArray& piece : pieces) {
-        s.port.feed(piece);
+        s.serial.received += piece;
         s.scanners.rs232_inputscan();
     }
     QCOMPARE(s.m.scaleweight[0], weight);
@@ -120,7 +121,7 @@ void SerialUsbScannersTest::rs232_lineTakenAtItsCr() {
 
 void SerialUsbScannersTest::rs232_printFromTheIndicator_isKeptWithNothingTicked() {
     Serial s;
-    s.port.attach(s.line);
+    s.attach();
     s.scale(130).setGroup('2');
     s.bus.print({130}, sim::lineSeconds(s.clock));
     // The ticks of the single mode: the line is still on the wire at the first two.
@@ -149,7 +150,7 @@ void SerialUsbScannersTest::rs485_replies() {
     QFETCH(QString, weight);
     QFETCH(QStringList, rows);
     Serial s(sim::Bus::Mode::Addressed);
-    s.port.attach(s.line);
+    s.attach();
     if (address127) {
         s.scale(130).addFault(acquisitiontest::fault(sim::Fault::Kind::LowAddress));
     }
@@ -172,7 +173,7 @@ void SerialUsbScannersTest::rs485_replies() {
 
 void SerialUsbScannersTest::rs485_replyCutByTheWait_isCompletedByTheNextCall() {
     Serial s(sim::Bus::Mode::Addressed);
-    s.port.attach(s.line);
+    s.attach();
     s.scale(130).addFault(acquisitiontest::fault(sim::Fault::Kind::Split, 1, 0.4, 5));
 
     s.port.Output(acquisition::frames::addressedRequest(130, '1'));
@@ -182,6 +183,41 @@ void SerialUsbScannersTest::rs485_replyCutByTheWait_isCompletedByTheNextCall() {
 
     s.scanners.rs485_inputscan();
     QCOMPARE(s.m.scaleweight[0], QStringLiteral("    12.5"));
+    QCOMPARE(s.m.scalelast[0], QString());
+}
+
+void SerialUsbScannersTest::textWithoutCr_keepsItsNewest4KiB_data() {
+    QTest::addColumn<bool>("network");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QString>("weight");
+    QTest::newRow("RS232") << false << QByteArray("  12.5\r\n") << "12.5";
+    QTest::newRow("RS485") << true << QByteArray("\x82  12.5\r\n") << "  12.5";
+}
+
+// A line at the wrong speed: a megabyte of noise that never holds a CR, then the line recovers.
+void SerialUsbScannersTest::textWithoutCr_keepsItsNewest4KiB() {
+    QFETCH(bool, network);
+    QFETCH(QByteArray, reply);
+    QFETCH(QString, weight);
+    Serial s(network ? sim::Bus::Mode::Addressed : sim::Bus::Mode::Rs232);
+    const auto scan = [&] {
+        network ? s.scanners.rs485_inputscan() : s.scanners.rs232_inputscan();
+    };
+    // Said once, however long the noise goes on.
+    const QRegularExpression note(QStringLiteral("receive text with no CR grew past 4096"));
+    QTest::ignoreMessage(QtWarningMsg, note);
+    QTest::failOnWarning(note);
+
+    for (int piece = 0; piece < 16; ++piece) {
+        s.serial.received += QByteArray(64 * 1024, 'x');
+        scan();
+        QCOMPARE(s.m.scalelast[0], QString(4096, u'x'));
+    }
+    s.serial.received += "\r\n";
+    scan();
+    s.serial.received += reply;
+    scan();
+    QCOMPARE(s.m.scaleweight[0], weight);
     QCOMPARE(s.m.scalelast[0], QString());
 }
 

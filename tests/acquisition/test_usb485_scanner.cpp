@@ -64,6 +64,8 @@ private slots:
     void replyWait_endsAfterAQuarterSecondEvenAcrossMidnight_data();
     void replyWait_endsAfterAQuarterSecondEvenAcrossMidnight();
     void reading_showsOnTheSlaveWindowOfItsEntryOnly();
+    void screenClosedInAYield_showsAndStoresNothingMore_data();
+    void screenClosedInAYield_showsAndStoresNothingMore();
 };
 
 void Usb485ScannerTest::reply_takenOrDropped_data() {
@@ -312,6 +314,51 @@ void Usb485ScannerTest::reading_showsOnTheSlaveWindowOfItsEntryOnly() {
     s.ask(130); // entry 1, its window open
     s.ask(128); // entry 0, its window closed
     QCOMPARE(s.slaveTexts, QStringList{"1:    12.5"});
+}
+
+void Usb485ScannerTest::screenClosedInAYield_showsAndStoresNothingMore_data() {
+    QTest::addColumn<QString>("closeAt");
+    QTest::addColumn<QString>("weight");
+    QTest::addColumn<bool>("shown"); // on the screen, its slave window and the scan table
+    QTest::addColumn<QStringList>("rows");
+    QTest::newRow("in the reply wait") << "wait" << QString() << false << QStringList{};
+    QTest::newRow("once the reading is taken") << "reading"
+                                               << "  12.5" << false << QStringList{};
+    QTest::newRow("after the group row") << "row"
+                                         << "  12.5" << true << QStringList{"130|  12.5"};
+}
+
+void Usb485ScannerTest::screenClosedInAYield_showsAndStoresNothingMore() {
+    QFETCH(QString, closeAt);
+    QFETCH(QString, weight);
+    QFETCH(bool, shown);
+    QFETCH(QStringList, rows);
+    Usb485 s;
+    // A group print with every store ticked: a row for the group, one for Auto Save, Excel.
+    s.scale(130).setGroup('7');
+    s.scale(130).setPrintStyle(sim::PrintStyle::Hash);
+    s.print({130});
+    s.f.Check1.setValue(1);
+    s.f.chk_SaveOnPrint.setValue(1);
+    s.f.chk_Excel.setValue(1);
+    s.m.slaveopen[1] = 1;
+    int yields = 0;
+    s.closeAtYield([&] {
+        ++yields;
+        if (closeAt == u"wait") {
+            return yields > 1;
+        }
+        return closeAt == u"reading" ? !s.m.scaleweight[1].isEmpty() : !s.storedRows().isEmpty();
+    });
+
+    s.ask(130);
+
+    QCOMPARE(s.m.scaleweight[1], weight);
+    QCOMPARE(s.storedRows(), rows);
+    QCOMPARE(s.f.Screen.caption, shown ? weight : QString());
+    QCOMPARE(s.f.NetList.rows() > 1, shown);
+    QCOMPARE(s.slaveTexts, shown ? QStringList{"1:" + weight} : QStringList{});
+    QCOMPARE(s.excelCalls, QList<int>{});
 }
 
 QTEST_GUILESS_MAIN(Usb485ScannerTest)

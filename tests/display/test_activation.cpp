@@ -47,6 +47,8 @@ private slots:
     void lowerPanes_setTheFormHeight();
     void exit_stopsEverythingAndKeepsTheAdapterForTheNextScreen();
     void rfnet_runsRfSetupAfterAFailedLink();
+    void netIdThatIsNoByte_isToldAndNeverSent_data();
+    void netIdThatIsNoByte_isToldAndNeverSent();
 };
 
 void ActivationTest::activation_eachLink_data() {
@@ -338,6 +340,36 @@ void ActivationTest::rfnet_runsRfSetupAfterAFailedLink() {
     u.newForm().Form_Load();
     u.form().Form_Activate();
     QCOMPARE(u.rfSetupCalls, 0);
+}
+
+void ActivationTest::netIdThatIsNoByte_isToldAndNeverSent_data() {
+    QTest::addColumn<int>("netId");
+    QTest::newRow("256") << 256;
+    QTest::newRow("-1") << -1;
+    QTest::newRow("300") << 300;
+}
+
+// Its low byte would have asked another scale (0, 255, 44), or stood for one in the table.
+void ActivationTest::netIdThatIsNoByte_isToldAndNeverSent() {
+    QFETCH(int, netId);
+    ScreenFixture s(QStringLiteral("USB485"), QStringLiteral("RS485/130 RS485/%1").arg(netId));
+    s.ftdi.devices = {{"A1", "adapter"}};
+    display::Form1& form = s.newForm();
+    form.Form_Load();
+    form.Form_Activate();
+
+    QCOMPARE(s.dialogs.said,
+             (QStringList{"beep", line("The RS485 scale in setup row 2 has a Net ID of %1, outside "
+                                       "0 to 255. It is left out of this screen: please correct "
+                                       "this in the setup screen.")
+                                      .arg(netId)}));
+    QCOMPARE(s.f().Combo1.items(), QStringList{"SCALE RS485 ID#130"});
+    s.timers->runFor(1.0);
+    const QByteArray sent = s.adapterBytes();
+    QVERIFY(!sent.isEmpty());
+    QCOMPARE(sent, QByteArray("\x82\x11"
+                              "1")
+                       .repeated(sent.size() / 3));
 }
 
 QTEST_GUILESS_MAIN(ActivationTest)

@@ -4,56 +4,58 @@
 
 namespace stellwyn::linkstest {
 
+bool FakeSerialDevice::open(int port, QString& error) {
+    error = QStringLiteral("no such device");
+    return !missingPorts.contains(port);
+}
+
+void FakeSerialDevice::write(const QByteArray& bytes) {
+    written.append(bytes);
+    if (line != nullptr) {
+        line->write(bytes);
+    }
+}
+
+qint64 FakeSerialDevice::bytesWaiting() {
+    if (line != nullptr) {
+        received.append(line->readAll());
+    }
+    return received.size();
+}
+
+QByteArray FakeSerialDevice::read(qint64 maxSize) {
+    const QByteArray out = received.left(maxSize);
+    received.remove(0, out.size());
+    return out;
+}
+
+FakeSerialPort::FakeSerialPort(std::unique_ptr<FakeSerialDevice> device)
+    : written(device->written), missingPorts(device->missingPorts), device_(*device),
+      control_(std::move(device)) {}
+
 void FakeSerialPort::CommPort(std::int16_t port) {
     operations << QStringLiteral("CommPort %1").arg(port);
-    if (++commPortCalls_ == failCommPortCall) {
-        throw links::SerialPortError(QStringLiteral("Invalid port number"));
-    }
-    port_ = port;
+    control_.CommPort(port);
 }
 
 void FakeSerialPort::Settings(const QString& settings) {
     operations << QStringLiteral("Settings ") + settings;
+    control_.Settings(settings);
 }
 
 void FakeSerialPort::InputLen(std::int16_t length) {
     operations << QStringLiteral("InputLen %1").arg(length);
-    inputLen_ = length;
+    control_.InputLen(length);
 }
 
 void FakeSerialPort::PortOpen(bool open) {
     operations << (open ? QStringLiteral("PortOpen true") : QStringLiteral("PortOpen false"));
-    if (open && missingPorts.contains(port_)) {
-        throw links::SerialPortError(QStringLiteral("Device unavailable"));
-    }
-    open_ = open;
+    control_.PortOpen(open);
 }
 
 void FakeSerialPort::Output(const QByteArray& bytes) {
     operations << QStringLiteral("Output ") + QString::fromLatin1(bytes.toHex(' '));
-    if (!open_) {
-        throw links::SerialPortError(QStringLiteral("Operation valid only when the port is open"));
-    }
-    written.append(bytes);
-    if (link_ != nullptr) {
-        link_->write(bytes);
-    }
-}
-
-int FakeSerialPort::InBufferCount() {
-    if (link_ != nullptr) {
-        received_.append(link_->readAll());
-    }
-    return static_cast<int>(received_.size());
-}
-
-QByteArray FakeSerialPort::Input() {
-    InBufferCount();
-    const qsizetype n =
-        inputLen_ == 0 ? received_.size() : qMin<qsizetype>(inputLen_, received_.size());
-    const QByteArray out = received_.left(n);
-    received_.remove(0, n);
-    return out;
+    control_.Output(bytes);
 }
 
 } // namespace stellwyn::linkstest

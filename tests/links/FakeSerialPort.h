@@ -1,6 +1,7 @@
 #pragma once
 
-#include "links/SerialPort.h"
+#include "links/SerialControl.h"
+#include "links/SerialDevice.h"
 
 #include <QByteArray>
 #include <QSet>
@@ -12,37 +13,49 @@ class InProcessLink;
 
 namespace stellwyn::linkstest {
 
-// MSComm1 for unit tests: records every operation in order, takes bytes to feed, and refuses
-// ports or calls on demand. Attached to an in-process link, it talks to a simulated bus.
+// The device under the serial control in unit tests: bytes fed by the test, or a simulated bus
+// on an in-process line, and everything written.
+class FakeSerialDevice final : public links::SerialDevice {
+public:
+    bool open(int port, QString& error) override;
+    void close() override {}
+    bool configure(const links::LineSettings&) override { return true; }
+    void write(const QByteArray& bytes) override;
+    qint64 bytesWaiting() override;
+    QByteArray read(qint64 maxSize) override;
+
+    QByteArray received; // arrived, not yet read
+    QByteArray written;
+    QSet<int> missingPorts; // ports that do not exist on this machine
+    sim::InProcessLink* line = nullptr;
+};
+
+// MSComm1 for unit tests: the real control over a FakeSerialDevice, recording the operations
+// asked of it in order ("CommPort 1", "Settings 9600,N,8,1", "InputLen 0", "PortOpen true",
+// "Output <hex>").
 class FakeSerialPort final : public links::SerialPort {
 public:
+    FakeSerialPort() : FakeSerialPort(std::make_unique<FakeSerialDevice>()) {}
+
     void CommPort(std::int16_t port) override;
     void Settings(const QString& settings) override;
     void InputLen(std::int16_t length) override;
     void PortOpen(bool open) override;
     void Output(const QByteArray& bytes) override;
-    int InBufferCount() override;
-    QByteArray Input() override;
+    int InBufferCount() override { return control_.InBufferCount(); }
+    QByteArray Input() override { return control_.Input(); }
 
-    void feed(const QByteArray& bytes) { received_.append(bytes); }
-    void attach(sim::InProcessLink& link) { link_ = &link; }
-    bool isOpen() const { return open_; }
+    void attach(sim::InProcessLink& link) { device_.line = &link; }
 
-    // "CommPort 1", "Settings 9600,N,8,1", "InputLen 0", "PortOpen true", "Output <hex>".
     QStringList operations;
-    QByteArray written;
-    // Ports that do not exist on this machine: opening them raises the control's error.
-    QSet<int> missingPorts;
-    // The n-th CommPort call (from 1) raises the control's error; 0 for none.
-    int failCommPortCall = 0;
+    QByteArray& written;
+    QSet<int>& missingPorts;
 
 private:
-    int commPortCalls_ = 0;
-    int port_ = 1;
-    int inputLen_ = 0;
-    bool open_ = false;
-    QByteArray received_;
-    sim::InProcessLink* link_ = nullptr;
+    explicit FakeSerialPort(std::unique_ptr<FakeSerialDevice> device);
+
+    FakeSerialDevice& device_;
+    links::SerialControl control_;
 };
 
 } // namespace stellwyn::linkstest

@@ -113,10 +113,9 @@ void SerialStart::rs232_start_portNumberRefusedBeforeTheTrapIsFatal() {
     testsupport::TempHome home;
     core::AppHome appHome(home.path());
     core::Module1 m;
-    m.commport = 1;
+    m.commport = 0;
     m.commsettings = QStringLiteral("9600,N,8,1");
     FakeSerialPort port;
-    port.failCommPortCall = 1;
     RecordingDialogs dialogs;
 
     QVERIFY_THROWS_EXCEPTION(core::FatalError,
