@@ -134,16 +134,4 @@ void ReadingCollection::btn_dataLogAll_Click() {
     }
 }
 
-void ReadingCollection::Data_collect() {
-    // Filed under the selected scale; the emptiness test looks at slot 0 whatever is selected.
-    const int slot = f_.Combo1.listIndex();
-    const std::optional<QString> reading =
-        m_.scaleweight[0].isEmpty() ? std::nullopt : std::optional<QString>(m_.scaleweight[slot]);
-    const qint64 id = store(m_.scaledesc[slot], reading);
-    if (f_.chk_Excel.value() == 1 && excelOutput) {
-        excelRowAfter(id);
-        excelOutput(slot);
-    }
-}
-
 } // namespace stellwyn::collection

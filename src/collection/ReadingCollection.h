@@ -12,9 +12,9 @@ class Module1;
 
 namespace stellwyn::collection {
 
-// The sites of the data collection pane that keep readings: "Save Current", "Save All", the
-// hidden Check1 with its ten log timers, and Data_collect for the Ethernet parser. Every row
-// goes through store_reading, the one path the scanners use too.
+// The sites of the data collection pane that keep readings: "Save Current", "Save All" and the
+// hidden Check1 with its ten log timers. Every row goes through store_reading, the one path the
+// scanners (and the Ethernet parser's Data_collect) use too.
 class ReadingCollection {
 public:
     static constexpr int logTickMs = 950;
@@ -30,7 +30,6 @@ public:
     void Timer5_Timer(int index);
     void btn_LogData_Click();
     void btn_dataLogAll_Click();
-    void Data_collect();
 
 private:
     qint64 store(const QString& scaleid, const std::optional<QString>& reading);
