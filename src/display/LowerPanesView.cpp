@@ -119,34 +119,34 @@ DataWindowView::DataWindowView(Form1& form, QWidget* parent)
         sync();
     });
 
-    QGroupBox* sortBy = bound_.frame(f.Frame1, {8640, 0, 3780, 870}, "Frame1");
+    QGroupBox* sortBy = bound_.frame(f.Frame1, {8400, 0, 3600, 870}, "Frame1");
     bound_.option(f.opt_ID, sortBy, {120, 240, 1200, 255}, "opt_ID");
-    bound_.option(f.opt_datetime, sortBy, {1440, 240, 1500, 255}, "opt_datetime");
+    bound_.option(f.opt_datetime, sortBy, {1560, 240, 1500, 255}, "opt_datetime");
     bound_.option(f.opt_desc, sortBy, {120, 540, 1200, 255}, "opt_desc");
-    bound_.option(f.opt_grp, sortBy, {1440, 540, 1500, 255}, "opt_grp");
-    bound_.button(f.btn_LogData, this, {8640, 960, 1830, 360}, "btn_LogData")
+    bound_.option(f.opt_grp, sortBy, {1560, 540, 1500, 255}, "opt_grp");
+    bound_.button(f.btn_LogData, this, {8400, 960, 1740, 360}, "btn_LogData")
         ->setToolTip(QStringLiteral("Keeps the reading of the active scale."));
-    bound_.button(f.btn_dataLogAll, this, {10590, 960, 1830, 360}, "btn_dataLogAll")
+    bound_.button(f.btn_dataLogAll, this, {10260, 960, 1740, 360}, "btn_dataLogAll")
         ->setToolTip(QStringLiteral("Keeps the reading of every scale."));
-    bound_.check(f.chk_SaveOnPrint, this, {8640, 1410, 1830, 270}, "chk_SaveOnPrint")
+    bound_.check(f.chk_SaveOnPrint, this, {8400, 1410, 1740, 270}, "chk_SaveOnPrint")
         ->setToolTip(QStringLiteral("Keeps every reading the network scan takes."));
-    bound_.check(f.chk_Excel, this, {10590, 1410, 1830, 270}, "chk_Excel");
-    bound_.check(f.Check1, this, {8640, 1740, 1830, 270}, "Check1");
-    bound_.check(f.chk_Reset_Row, this, {10590, 1740, 1830, 270}, "chk_Reset_Row");
-    bound_.label(f.Datamsg, this, {8640, 2040, 3780, 270}, "Datamsg");
-    bound_.button(f.Command2, this, {8640, 2400, 1830, 360}, "Command2")
+    bound_.check(f.chk_Excel, this, {10260, 1410, 1740, 270}, "chk_Excel");
+    bound_.check(f.Check1, this, {8400, 1740, 1740, 270}, "Check1");
+    bound_.check(f.chk_Reset_Row, this, {10260, 1740, 1740, 270}, "chk_Reset_Row");
+    bound_.label(f.Datamsg, this, {8400, 2040, 3600, 270}, "Datamsg");
+    bound_.button(f.Command2, this, {8400, 2400, 1740, 360}, "Command2")
         ->setToolTip(QStringLiteral("Deletes every saved reading."));
     setScale(pixelsPerTwip(this));
 }
 
 void DataWindowView::setScale(double scale) {
     bound_.setScale(scale);
-    caption_->setGeometry(toPixels({120, 60, 8400, 300}, scale));
+    caption_->setGeometry(toPixels({120, 60, 8160, 300}, scale));
     QFont captionFont = font();
     captionFont.setPixelSize(std::max(1, toPixels(200, scale)));
     captionFont.setBold(true);
     caption_->setFont(captionFont);
-    grid_->setGeometry(toPixels({120, 390, 8400, 2520}, scale));
+    grid_->setGeometry(toPixels({120, 390, 8160, 2520}, scale));
     QFont gridFont = font();
     gridFont.setPixelSize(std::max(1, toPixels(fontTwips, scale)));
     grid_->setFont(gridFont);
