@@ -5,12 +5,50 @@
 #include "core/store/Connection.h"
 #include "core/store/DataColTable.h"
 
+#include <QCoreApplication>
+#include <optional>
+
 namespace stellwyn::collection {
+
+namespace {
+// The readings file stays open between stores, as the screen's recordset of it always was:
+// opening it again for every reading would cost more than the write itself.
+struct HeldFile {
+    std::optional<core::Connection> connection;
+    QString text;
+};
+
+HeldFile& held() {
+    static HeldFile file;
+    static const bool closedWithTheApplication = [] {
+        // Closed while the database drivers are still loaded, not at the very end.
+        qAddPostRoutine([] { held().connection.reset(); });
+        return true;
+    }();
+    (void)closedWithTheApplication;
+    return file;
+}
+
+core::Connection& readingsFile(const QString& dataconn) {
+    HeldFile& file = held();
+    if (!file.connection || file.text != dataconn) {
+        file.connection.reset();
+        file.connection.emplace(core::Connection::open(dataconn));
+        file.text = dataconn;
+    }
+    return *file.connection;
+}
+} // namespace
 
 qint64 store_reading(core::Module1& m, const core::Clock& clock, const QString& scaleid,
                      const std::optional<QString>& reading) {
-    core::Connection connection = core::Connection::open(m.dataconn);
-    return core::insertReading(connection, scaleid, reading, clock.now());
+    try {
+        return core::insertReading(readingsFile(m.dataconn), scaleid, reading, clock.now());
+    } catch (const core::DatabaseError&) {
+        // A file that went away or was replaced is opened afresh at the next store.
+        held().connection.reset();
+        throw;
+    }
 }
 
 } // namespace stellwyn::collection
