@@ -3,12 +3,10 @@
 #include "AcquisitionContext.h"
 #include "ReplyText.h"
 #include "collection/StoreReading.h"
-#include "core/FatalError.h"
 #include "core/Form1Controls.h"
 #include "core/Module1.h"
 
 #include <QLoggingCategory>
-#include <limits>
 
 namespace stellwyn::acquisition {
 
@@ -56,10 +54,7 @@ qint64 Scanners::store(const QString& scaleid, const std::optional<QString>& rea
 }
 
 void Scanners::excelOutput(qint64 storedId) {
-    if (storedId + 1 > std::numeric_limits<std::int16_t>::max()) {
-        throw core::FatalError(QStringLiteral("Overflow (spreadsheet row %1)").arg(storedId + 1));
-    }
-    c_.m.excelrow = static_cast<std::int16_t>(storedId + 1);
+    collection::setExcelRowAfter(c_.m, storedId);
     if (c_.hooks.excelOutput) {
         c_.hooks.excelOutput(c_.f.Combo1.listIndex());
     }

@@ -25,6 +25,8 @@ public:
 
     void attach();
 
+    // Re-runs data2's query; whatever is bound to it follows.
+    void refreshData2();
     void sortdatacol();
     void opt_datacol_Click();
     void Command2_Click();
@@ -35,7 +37,6 @@ public:
     core::DataColOrder order() const { return order_; }
 
 private:
-    void refreshData2();
     void setCountCaption();
 
     core::Form1Controls& f_;

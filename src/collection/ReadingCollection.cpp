@@ -9,7 +9,6 @@
 #include "core/store/ScaleCfgTable.h"
 
 #include <cmath>
-#include <limits>
 
 namespace stellwyn::collection {
 
@@ -36,13 +35,6 @@ void ReadingCollection::attach() {
 
 qint64 ReadingCollection::store(const QString& scaleid, const std::optional<QString>& reading) {
     return store_reading(m_, clock_, scaleid, reading);
-}
-
-void ReadingCollection::excelRowAfter(qint64 storedId) {
-    if (storedId + 1 > std::numeric_limits<std::int16_t>::max()) {
-        throw core::FatalError(QStringLiteral("Overflow (spreadsheet row %1)").arg(storedId + 1));
-    }
-    m_.excelrow = static_cast<std::int16_t>(storedId + 1);
 }
 
 void ReadingCollection::Check1_Click() {
@@ -128,7 +120,7 @@ void ReadingCollection::btn_dataLogAll_Click() {
             return;
         }
         if (f_.chk_Excel.value() == 1 && excelOutput) {
-            excelRowAfter(id);
+            setExcelRowAfter(m_, id);
             excelOutput(i);
         }
     }

@@ -33,7 +33,6 @@ public:
 
 private:
     qint64 store(const QString& scaleid, const std::optional<QString>& reading);
-    void excelRowAfter(qint64 storedId);
     void startLogTimers();
     void stopLogTimers();
 

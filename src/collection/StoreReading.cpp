@@ -1,11 +1,13 @@
 #include "StoreReading.h"
 
 #include "core/Clock.h"
+#include "core/FatalError.h"
 #include "core/Module1.h"
 #include "core/store/Connection.h"
 #include "core/store/DataColTable.h"
 
 #include <QCoreApplication>
+#include <limits>
 #include <optional>
 
 namespace stellwyn::collection {
@@ -49,6 +51,13 @@ qint64 store_reading(core::Module1& m, const core::Clock& clock, const QString& 
         held().connection.reset();
         throw;
     }
+}
+
+void setExcelRowAfter(core::Module1& m, qint64 storedId) {
+    if (storedId + 1 > std::numeric_limits<std::int16_t>::max()) {
+        throw core::FatalError(QStringLiteral("Overflow (spreadsheet row %1)").arg(storedId + 1));
+    }
+    m.excelrow = static_cast<std::int16_t>(storedId + 1);
 }
 
 } // namespace stellwyn::collection

@@ -16,4 +16,8 @@ namespace stellwyn::collection {
 qint64 store_reading(core::Module1& m, const core::Clock& clock, const QString& scaleid,
                      const std::optional<QString>& reading);
 
+// The spreadsheet row that follows a stored row: its ID plus one, in the 16-bit counter the
+// spreadsheet output reads. An ID past that counter's range is the overflow fatal error.
+void setExcelRowAfter(core::Module1& m, qint64 storedId);
+
 } // namespace stellwyn::collection

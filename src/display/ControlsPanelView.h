@@ -3,25 +3,9 @@
 #include "BoundControls.h"
 
 #include <QWidget>
-#include <functional>
-#include <vector>
 
-class QAbstractButton;
-class QCheckBox;
 class QComboBox;
-class QGroupBox;
-class QLabel;
 class QLineEdit;
-class QPushButton;
-class QRadioButton;
-
-namespace stellwyn::core {
-class CheckBox;
-struct CommandButton;
-struct Frame;
-class OptionButton;
-struct Label;
-} // namespace stellwyn::core
 
 namespace stellwyn::display {
 

@@ -7,7 +7,6 @@
 #include "core/Module1.h"
 #include "core/Yield.h"
 #include "core/store/Connection.h"
-#include "core/store/DataColTable.h"
 #include "links/UsbLink.h"
 
 #include <cmath>
@@ -133,14 +132,7 @@ void Form1::bindData() {
     f_.data1.RecordSource = QStringLiteral("select * from scalecfg");
     f_.data2.ConnectionString = s_.m.dataconn;
     f_.data2.RecordSource = QStringLiteral("select ID,ScaleID,Reading,Date,Time from datacol");
-    // The refresh runs the query, so a store without the readings table fails here.
-    {
-        auto connection = core::Connection::open(f_.data2.ConnectionString);
-        core::countReadings(connection);
-    }
-    if (f_.data2.Refreshed) {
-        f_.data2.Refreshed();
-    }
+    grid_.refreshData2();
 }
 
 bool Form1::matchScaleRows() {
