@@ -90,7 +90,7 @@ void Scanners::USB485_inputscan() {
     }
     showOnScreen(i);
     // Slave window k shows table entry k, so only the window of this scale's entry changes.
-    if (i < core::slaveCount && m.slaveopen[i] == 1 && c_.hooks.showOnSlave) {
+    if (m.slaveopen[i] == 1 && i < core::slaveCount && c_.hooks.showOnSlave) {
         c_.hooks.showOnSlave(i, m.scaleweight[i]);
     }
     scanTable_.showScale(i);

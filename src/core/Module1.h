@@ -13,7 +13,10 @@ inline constexpr std::int16_t vbFalse = 0;
 
 inline constexpr int scaleTableSize = 11;  // entries 0..10
 inline constexpr int tokenTableSize = 101; // entries 0..100
-inline constexpr int slaveCount = 10;
+inline constexpr int slaveCount = 10;      // slave windows 0..9
+// The open flags reach one past the windows: opening for the last scale entry sets a flag
+// that has no window.
+inline constexpr int slaveFlagCount = 11;
 
 // The serial line's settings text: the speed and framing cannot be configured.
 inline QString serialLineSettings() {
@@ -81,7 +84,7 @@ public:
     // Form guards and the rest.
     std::int16_t formactive = 0;
     std::int16_t formclosing = 0;
-    CheckedArray<std::int16_t, slaveCount> slaveopen;
+    CheckedArray<std::int16_t, slaveFlagCount> slaveopen;
     CheckedArray<QString, tokenTableSize> tokens;
     std::int16_t tokencount = 0;
     QString sddrivepath;

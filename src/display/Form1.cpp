@@ -18,7 +18,7 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
                                            {}},
       serialLink_(s_.m, *MSComm1_, s_.dialogs, s_.home), scanners_(context_),
       timers_(context_, scanners_), scanTable_(context_), keypad_(context_, s_.dialogs),
-      data1_(f_.data1), collection_(s_.m, f_, s_.clock), grid_(f_, s_.dialogs) {
+      data1_(f_.data1), collection_(s_.m, f_, s_.clock), grid_(f_, s_.dialogs), slaves_(s_.m, f_) {
     context_.hooks.data1FindId = [this](std::int32_t scaleid) {
         data1_.MoveFirst();
         data1_.FindId(scaleid);
@@ -42,6 +42,13 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
         }
     };
     f_.Command1.Click = [this] { Command1_Click(); };
+    f_.Command11.Click = [this] { slaves_.Command11_Click(); };
+    f_.btn_saveslave.Click = [this] { slaves_.btn_saveslave_Click(); };
+    f_.btn_slavesload.Click = [this] { slaves_.btn_slavesload_Click(); };
+    f_.btn_closeallslaves.Click = [this] { slaves_.btn_closeallslaves_Click(); };
+    context_.hooks.showOnSlave = [this](int k, const QString& text) {
+        slaves_.showWeight(k, text);
+    };
     driveTimers();
 }
 
@@ -126,9 +133,7 @@ void Form1::Form_Unload() {
     for (int k = 0; k < core::slaveCount; ++k) {
         if (m.slaveopen[k] == 1) {
             m.slaveopen[k] = 0;
-            if (calls_.unloadSlave) {
-                calls_.unloadSlave(k);
-            }
+            slaves_.unload(k);
         }
     }
     timers_.halttimers();

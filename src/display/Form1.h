@@ -3,6 +3,7 @@
 #include "Data1Recordset.h"
 #include "Form1Layout.h"
 #include "Keypad.h"
+#include "SlaveWindows.h"
 #include "acquisition/AcquisitionContext.h"
 #include "acquisition/ModeTimers.h"
 #include "acquisition/ScanTable.h"
@@ -55,12 +56,10 @@ struct Form1Services {
 // The routines of other screens and links the activation and the unload call. Unset ones are
 // passed over.
 struct Form1Calls {
-    std::function<void()> slavesload;
     std::function<void()> rf_setup;
     std::function<void()> ethernet_start;
     // The socket's state: 7 once connected.
     std::function<int()> winsockState;
-    std::function<void(int k)> unloadSlave;
 };
 
 // The main screen: creates the acquisition pieces, wires each control event to the piece that
@@ -81,6 +80,7 @@ public:
     collection::CollectionGrid& grid() { return grid_; }
     // The rows of data2 as the collection pane's grid shows them.
     collection::DataColModel& data2Rows() { return data2Rows_; }
+    SlaveWindows& slaves() { return slaves_; }
     links::SerialPort& MSComm1() { return *MSComm1_; }
 
     void Form_Load();
@@ -149,6 +149,7 @@ private:
     collection::ReadingCollection collection_;
     collection::CollectionGrid grid_;
     collection::DataColModel data2Rows_;
+    SlaveWindows slaves_;
     bool data2Bound_ = false;
     std::unique_ptr<acquisition::QtTimerDriver> timerDriver_;
     bool visible_ = true;

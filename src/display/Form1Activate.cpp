@@ -265,9 +265,7 @@ void Form1::setDefaultMode() {
         f_.opt_network.setValue(true);
         f_.opt_netscan.setValue(true);
     }
-    if (calls_.slavesload) {
-        calls_.slavesload();
-    }
+    slaves_.slavesload();
     yieldToEvents();
 }
 

@@ -4,6 +4,7 @@
 #include "Form1.h"
 #include "IndicatorPictureView.h"
 #include "LowerPanesView.h"
+#include "SlaveView.h"
 #include "Twips.h"
 
 #include <QCloseEvent>
@@ -23,7 +24,8 @@ constexpr int refreshMs = 50;
 Form1View::Form1View(Form1& form, QWidget* parent)
     : QWidget(parent), form_(form), picture_(new IndicatorPictureView(form, this)),
       panel_(new ControlsPanelView(form, this)), netwindow_(new NetWindowView(form, this)),
-      datawindow_(new DataWindowView(form, this)), refresh_(new QTimer(this)) {
+      datawindow_(new DataWindowView(form, this)), slaves_(new SlaveWindowsView(form, this)),
+      refresh_(new QTimer(this)) {
     setObjectName(QStringLiteral("form1"));
     setAttribute(Qt::WA_DeleteOnClose, false);
     netwindow_->raise();

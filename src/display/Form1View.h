@@ -11,6 +11,7 @@ class DataWindowView;
 class Form1;
 class IndicatorPictureView;
 class NetWindowView;
+class SlaveWindowsView;
 
 // The main screen's window content: the picture with its keypad, the controls panel, and the
 // lower panes, placed where the design puts them and scaled together with the window. It
@@ -30,6 +31,7 @@ public:
     double scale() const { return scale_; }
 
     IndicatorPictureView* picture() const { return picture_; }
+    SlaveWindowsView* slaveWindows() const { return slaves_; }
 
 signals:
     void captionChanged(const QString& caption);
@@ -48,6 +50,7 @@ private:
     ControlsPanelView* panel_;
     NetWindowView* netwindow_;
     DataWindowView* datawindow_;
+    SlaveWindowsView* slaves_;
     QTimer* refresh_;
     double scale_ = 1.0 / 15.0;
     QString caption_;

@@ -23,34 +23,14 @@ QColor litSegment() {
     return {0xff, 0x45, 0x2e};
 }
 
-// The live weight. On the seven-segment face the unlit segments glow faintly behind the lit
-// ones, as on the glass of a real display.
-class SegmentLabel final : public QLabel {
-public:
-    using QLabel::QLabel;
-    bool ghosts = false;
-
-protected:
-    void paintEvent(QPaintEvent* event) override {
-        if (ghosts) {
-            QPainter p(this);
-            p.setFont(font());
-            p.setPen(QColor(0xff, 0x45, 0x2e, 28));
-            p.drawText(contentsRect(), static_cast<int>(alignment()), QStringLiteral("888888"));
-        }
-        QLabel::paintEvent(event);
-    }
-};
-
 } // namespace
 
 IndicatorPictureView::IndicatorPictureView(Form1& form, QWidget* parent)
-    : QWidget(parent), form_(form), screen_(new SegmentLabel(this)), groupnum_(new QLineEdit(this)),
+    : QWidget(parent), form_(form), screen_(new DisplayLabel(this)), groupnum_(new QLineEdit(this)),
       datamsg_(new QLabel(this)) {
     setObjectName(QStringLiteral("vsElastic1"));
     setMouseTracking(true);
     screen_->setObjectName(QStringLiteral("Screen"));
-    screen_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     QPalette lit = screen_->palette();
     lit.setColor(QPalette::WindowText, litSegment());
     screen_->setPalette(lit);
@@ -98,14 +78,9 @@ void IndicatorPictureView::sync() {
     if (faceKey != shownFace_) {
         shownFace_ = faceKey;
         screen_->setGeometry(toPixels(face.place, scale_));
-        const QFont font = displayFont(face, scale_);
-        screen_->setFont(font);
-        static_cast<SegmentLabel*>(screen_)->ghosts = font.family() == lookAlikeFamily();
-        screen_->update();
+        screen_->setFace(face, scale_);
     }
-    if (screen_->text() != f.Screen.caption) {
-        screen_->setText(f.Screen.caption);
-    }
+    screen_->setReading(f.Screen.caption);
     screen_->setVisible(f.Screen.visible);
     if (groupnum_->text() != f.txt_groupnum.text) {
         groupnum_->setText(f.txt_groupnum.text);

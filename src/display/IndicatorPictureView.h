@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DisplayFace.h"
+
 #include <QWidget>
 #include <optional>
 
@@ -25,7 +27,7 @@ public:
     // Brings the labels over the picture in line with the form's state.
     void sync();
 
-    QLabel* screenLabel() const { return screen_; }
+    DisplayLabel* screenLabel() const { return screen_; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -39,7 +41,7 @@ private:
 
     Form1& form_;
     double scale_ = 1.0 / 15.0;
-    QLabel* screen_;
+    DisplayLabel* screen_;
     QLineEdit* groupnum_;
     QLabel* datamsg_;
     std::optional<int> pressedKey_;

@@ -4,10 +4,12 @@
 #include "display/Form1View.h"
 #include "display/IndicatorPictureView.h"
 #include "display/Keypad.h"
+#include "display/SlaveView.h"
 #include "links/SimFtdi.h"
 #include "sim/WireTime.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QTableWidget>
@@ -49,6 +51,9 @@ private slots:
     void screenLabel_showsTheReplyOfTheChosenScale();
     void keypad_hitsTheKeyDrawnThere_data();
     void keypad_hitsTheKeyDrawnThere();
+    void slave_followsItsScaleAndSelectsItOnClick();
+    void readingWithLetters_takesTheFourteenSegmentFace_data();
+    void readingWithLetters_takesTheFourteenSegmentFace();
 };
 
 void Form1ViewTest::screenLabel_showsTheReplyOfTheChosenScale() {
@@ -105,6 +110,53 @@ void Form1ViewTest::keypad_hitsTheKeyDrawnThere() {
     sendMouse(picture, QEvent::MouseButtonPress, gap);
     sendMouse(picture, QEvent::MouseButtonRelease, gap);
     QCOMPARE(screen.s.dialogs.said, QStringList{QStringLiteral("beep")});
+}
+
+void Form1ViewTest::slave_followsItsScaleAndSelectsItOnClick() {
+    SimScreen screen;
+    screen.s.f().Combo1.setListIndex(1);
+    screen.s.f().Command11.Click();
+    screen.s.f().Combo1.setListIndex(0);
+    display::SlaveView* slave = screen.view.slaveWindows()->window(1);
+    QVERIFY(slave != nullptr && slave->isVisible());
+    QCOMPARE(slave->windowTitle(), QStringLiteral("SCALE RS485 ID#131"));
+
+    screen.weigh(130, 12.5);
+    screen.weigh(131, 77.7);
+    screen.s.timers->runFor(1.0);
+    QVERIFY2(slave->screenLabel()->text().endsWith(QStringLiteral("77.7")),
+             qPrintable(slave->screenLabel()->text()));
+
+    const QPoint digits = slave->screenLabel()->geometry().center();
+    sendMouse(slave, QEvent::MouseButtonRelease, digits);
+    QCOMPARE(screen.s.f().Combo1.listIndex(), 1);
+
+    slave->close();
+    QVERIFY(!slave->isVisible());
+    QCOMPARE(screen.s.m.slaveopen[1], 0);
+}
+
+void Form1ViewTest::readingWithLetters_takesTheFourteenSegmentFace_data() {
+    QTest::addColumn<QString>("reading");
+    QTest::addColumn<QString>("family");
+    QTest::newRow("digits") << QStringLiteral("  12.5") << display::lookAlikeFamily();
+    QTest::newRow("negative") << QStringLiteral(" -12.5") << display::lookAlikeFamily();
+    QTest::newRow("overload") << QStringLiteral("  OVER") << display::letterLookAlikeFamily();
+    QTest::newRow("unit") << QStringLiteral("12.5kg") << display::letterLookAlikeFamily();
+}
+
+void Form1ViewTest::readingWithLetters_takesTheFourteenSegmentFace() {
+    QFETCH(QString, reading);
+    QFETCH(QString, family);
+    const display::ScreenFace face = display::Form1Layout::screenFace(0);
+    if (QFontDatabase::hasFamily(face.family)) {
+        QSKIP("The display face itself is installed here.");
+    }
+    display::DisplayLabel label;
+    label.setFace(face, 1.0 / 15.0);
+    label.setReading(QStringLiteral("  00.0"));
+    label.setReading(reading);
+    QCOMPARE(label.font().family(), family);
 }
 
 QTEST_MAIN(Form1ViewTest)
