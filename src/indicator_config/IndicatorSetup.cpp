@@ -401,6 +401,7 @@ std::int16_t IndicatorSetup::load_screen_from_scale(std::int32_t& id) {
 
 void IndicatorSetup::move_scale_to_ocscreen(std::int32_t& id) {
     stopForRead();
+    pane_.setButtonsEnabled(false);
     threeDelays();
     QString text;
     const Exchange outcome = exchange('J', id, false, text);
