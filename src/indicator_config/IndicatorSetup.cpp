@@ -74,6 +74,12 @@ std::optional<QString> IndicatorSetup::setGroupValue(int index, const QString& t
     return std::nullopt;
 }
 
+void IndicatorSetup::editGroupValue(int index, const QString& text) {
+    if (const std::optional<QString> refused = setGroupValue(index, text)) {
+        dialogs_.message(*refused);
+    }
+}
+
 QString IndicatorSetup::groupFrameValue(const QString& text) {
     double value = 0;
     if (text.trimmed().isEmpty()) {

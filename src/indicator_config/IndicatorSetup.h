@@ -42,6 +42,8 @@ public:
     const std::array<QString, groupValueCount>& groupValues() const { return groupValues_; }
     // Refuses what the "000.0" frame field cannot carry, saying why; nothing changes then.
     std::optional<QString> setGroupValue(int index, const QString& text);
+    // The operator's edit of a value on the pane: a refusal is told, and the value stays.
+    void editGroupValue(int index, const QString& text);
     const QStringList& outputItems() const { return outputItems_; }
     // The words of the last totals reply.
     const QStringList& totalsWords() const { return totalsWords_; }
