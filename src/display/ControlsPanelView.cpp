@@ -81,16 +81,16 @@ ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent)
         polltime_->setVisible(state.visible);
     });
 
-    QGroupBox* show = bound_.frame(f.Frame2, {60, 1935, 2805, 1065}, "Frame2");
+    QGroupBox* show = bound_.frame(f.Frame2, {60, 1935, 2805, 810}, "Frame2");
     bound_.option(f.opt_netscan, show, {120, 255, 1500, 255}, "opt_netscan");
     bound_.option(f.opt_none, show, {1680, 255, 1050, 255}, "opt_none");
-    bound_.option(f.opt_datacol, show, {120, 510, 2000, 255}, "opt_datacol");
-    bound_.option(f.opt_setup, show, {120, 765, 2000, 255}, "opt_setup");
+    bound_.option(f.opt_datacol, show, {120, 510, 1620, 255}, "opt_datacol");
+    bound_.option(f.opt_setup, show, {1800, 510, 930, 255}, "opt_setup");
 
-    bound_.button(f.Command1, this, {60, 3075, 2805, 360}, "Command1")
+    bound_.button(f.Command1, this, {60, 2820, 2805, 360}, "Command1")
         ->setToolTip(QStringLiteral("Exits this screen and returns to the main menu."));
 
-    QGroupBox* slaves = bound_.frame(f.Frame5, {60, 3495, 2805, 1230}, "Frame5");
+    QGroupBox* slaves = bound_.frame(f.Frame5, {60, 3240, 2805, 1230}, "Frame5");
     bound_.button(f.Command11, slaves, {120, 225, 2565, 240}, "Command11");
     bound_.button(f.btn_saveslave, slaves, {120, 465, 2565, 240}, "btn_saveslave");
     bound_.button(f.btn_slavesload, slaves, {120, 705, 2565, 240}, "btn_slavesload");

@@ -90,10 +90,10 @@ SetupWindowView::SetupWindowView(Form1& form, QWidget* parent)
     bound_.button(pane.btn_oc_loaddefaults, output, nthButton(3), "btn_oc_loaddefaults");
     bound_.button(pane.btn_oc_savedefaults, output, nthButton(4), "btn_oc_savedefaults");
 
-    QGroupBox* totals = bound_.frame(totalsFrame_, {10440, 0, 2000, 1080}, "totals");
-    bound_.button(pane.btn_totals_read, totals, {120, 240, 1760, 345}, "btn_totals_read");
-    bound_.button(pane.btn_totals_reset, totals, {120, 615, 1760, 345}, "btn_totals_reset");
-    bound_.label(pane.busyLabel, this, {10440, 1200, 2000, 300}, "busyLabel");
+    QGroupBox* totals = bound_.frame(totalsFrame_, {10440, 0, 1800, 1080}, "totals");
+    bound_.button(pane.btn_totals_read, totals, {120, 240, 1560, 345}, "btn_totals_read");
+    bound_.button(pane.btn_totals_reset, totals, {120, 615, 1560, 345}, "btn_totals_reset");
+    bound_.label(pane.busyLabel, this, {10440, 1200, 1800, 300}, "busyLabel");
     setScale(pixelsPerTwip(this));
 }
 
