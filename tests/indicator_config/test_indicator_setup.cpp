@@ -31,8 +31,9 @@ namespace {
 // nothing), listed as the one scale of the screen, and one more on the adapter, 100, whose
 // replies carry an address below 128.
 struct Setup {
-    explicit Setup(const QString& commtype)
-        : rs232Bus(sim::Bus::Mode::Rs232), line(rs232Bus, clock),
+    explicit Setup(const QString& commtype,
+                   const QDateTime& startAt = QDateTime(QDate(2026, 1, 5), QTime(12, 0)))
+        : clock(startAt), rs232Bus(sim::Bus::Mode::Rs232), line(rs232Bus, clock),
           ftdi({100, 130}, clock), context{m, f, clock, {}, {}}, scanners(context),
           timers(context, scanners), setup(context, timers, dialogs) {
         core::createDatabase(home.path());
@@ -146,6 +147,8 @@ private slots:
     void groupKey_fromNameOrLink_data();
     void groupKey_fromNameOrLink();
     void resetTotals_clearsThenReads();
+    void replyLimit_holdsPastMidnightOnTheNetworkOnly_data();
+    void replyLimit_holdsPastMidnightOnTheNetworkOnly();
     void groupValue_refusedWhenTheFrameCannotCarryIt_data();
     void groupValue_refusedWhenTheFrameCannotCarryIt();
 };
@@ -441,6 +444,26 @@ void IndicatorSetupTest::resetTotals_clearsThenReads() {
     QCOMPARE(s.setup.totalsWords().value(0), QStringLiteral("0"));
     QCOMPARE(s.setup.pane().frame.caption, QStringLiteral("Group Totals - Scale 130"));
     QVERIFY(s.f.Timer1[0].running());
+}
+
+void IndicatorSetupTest::replyLimit_holdsPastMidnightOnTheNetworkOnly_data() {
+    QTest::addColumn<QString>("commtype");
+    QTest::addColumn<double>("seconds"); // from the request to the end of the wait
+    // Started at 23:59:57, the 5 seconds would run across midnight: the network read first
+    // holds the three seconds to midnight, the serial read has no such guard.
+    QTest::newRow("USB485") << "USB485" << 8.0;
+    QTest::newRow("RS232") << "RS232" << 5.0;
+}
+
+void IndicatorSetupTest::replyLimit_holdsPastMidnightOnTheNetworkOnly() {
+    QFETCH(QString, commtype);
+    QFETCH(double, seconds);
+    // The three delays before the request take 1.2 seconds.
+    Setup s(commtype, QDateTime(QDate(2026, 1, 5), QTime(23, 59, 55, 800)));
+    s.indicator().addFault(sim::Fault{});
+    std::int32_t id = 130;
+    s.setup.load_screen_from_scale(id);
+    QVERIFY(qAbs(s.clock.elapsed() - s.start - 1.2 - seconds) < 0.02);
 }
 
 void IndicatorSetupTest::groupValue_refusedWhenTheFrameCannotCarryIt_data() {
