@@ -60,6 +60,7 @@ void ScanTable::NetList_Click() {
 
 void ScanTable::opt_netscan_Click() {
     c_.f.datawindowVisible = false;
+    c_.f.setupwindowVisible = false;
     c_.f.netwindowVisible = true;
     c_.f.height = heightWithPane;
 }
@@ -67,12 +68,21 @@ void ScanTable::opt_netscan_Click() {
 void ScanTable::opt_none_Click() {
     c_.f.datawindowVisible = false;
     c_.f.netwindowVisible = false;
+    c_.f.setupwindowVisible = false;
     c_.f.height = heightWithoutPane;
 }
 
 void ScanTable::opt_datacol_Click() {
     c_.f.datawindowVisible = true;
     c_.f.netwindowVisible = false;
+    c_.f.setupwindowVisible = false;
+    c_.f.height = heightWithPane;
+}
+
+void ScanTable::opt_setup_Click() {
+    c_.f.datawindowVisible = false;
+    c_.f.netwindowVisible = false;
+    c_.f.setupwindowVisible = true;
     c_.f.height = heightWithPane;
 }
 

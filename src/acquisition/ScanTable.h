@@ -36,6 +36,8 @@ public:
     void opt_netscan_Click();
     void opt_none_Click();
     void opt_datacol_Click();
+    // The indicator setup pane takes the place of the other lower panes.
+    void opt_setup_Click();
 
 private:
     AcquisitionContext& c_;

@@ -22,7 +22,9 @@ Form1Controls::Form1Controls() {
     opt_datacol.caption = QStringLiteral("Data Collection");
     showGroup.add(opt_netscan);
     showGroup.add(opt_none);
+    opt_setup.caption = QStringLiteral("Setup");
     showGroup.add(opt_datacol);
+    showGroup.add(opt_setup);
     chk_txon.caption = QStringLiteral("Tx On");
     chk_txon.visible = false;
     // Ticked by design, before any handler is attached.

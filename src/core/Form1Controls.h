@@ -43,6 +43,7 @@ public:
     OptionButton opt_netscan;
     OptionButton opt_none;
     OptionButton opt_datacol;
+    OptionButton opt_setup;
     OptionGroup showGroup;
     CheckBox chk_txon;
     CommandButton Command1;
@@ -55,6 +56,7 @@ public:
     // Lower panes.
     bool netwindowVisible = false;
     bool datawindowVisible = false;
+    bool setupwindowVisible = false;
     Label NetFrame;
     TextGrid NetList{2};
 

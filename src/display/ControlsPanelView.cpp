@@ -84,7 +84,8 @@ ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent)
     QGroupBox* show = bound_.frame(f.Frame2, {60, 1935, 2805, 810}, "Frame2");
     bound_.option(f.opt_netscan, show, {120, 255, 1500, 255}, "opt_netscan");
     bound_.option(f.opt_none, show, {1680, 255, 1050, 255}, "opt_none");
-    bound_.option(f.opt_datacol, show, {120, 510, 2000, 255}, "opt_datacol");
+    bound_.option(f.opt_datacol, show, {120, 510, 1620, 255}, "opt_datacol");
+    bound_.option(f.opt_setup, show, {1800, 510, 930, 255}, "opt_setup");
 
     bound_.button(f.Command1, this, {60, 2820, 2805, 360}, "Command1")
         ->setToolTip(QStringLiteral("Exits this screen and returns to the main menu."));

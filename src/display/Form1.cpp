@@ -18,7 +18,8 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
                                            {}},
       serialLink_(s_.m, *MSComm1_, s_.dialogs, s_.home), scanners_(context_),
       timers_(context_, scanners_), scanTable_(context_), keypad_(context_, s_.dialogs),
-      data1_(f_.data1), collection_(s_.m, f_, s_.clock), grid_(f_, s_.dialogs), slaves_(s_.m, f_) {
+      data1_(f_.data1), collection_(s_.m, f_, s_.clock), grid_(f_, s_.dialogs), slaves_(s_.m, f_),
+      setup_(context_, timers_, s_.dialogs) {
     context_.hooks.data1FindId = [this](std::int32_t scaleid) {
         data1_.MoveFirst();
         data1_.FindId(scaleid);
@@ -49,6 +50,8 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
     context_.hooks.showOnSlave = [this](int k, const QString& text) {
         slaves_.showWeight(k, text);
     };
+    f_.opt_setup.Click = [this] { scanTable_.opt_setup_Click(); };
+    setup_.attach();
     driveTimers();
 }
 

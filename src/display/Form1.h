@@ -12,6 +12,7 @@
 #include "collection/DataColModel.h"
 #include "collection/ReadingCollection.h"
 #include "core/Form1Controls.h"
+#include "indicator_config/IndicatorSetup.h"
 #include "links/SerialLink.h"
 
 #include <QObject>
@@ -82,6 +83,9 @@ public:
     collection::DataColModel& data2Rows() { return data2Rows_; }
     SlaveWindows& slaves() { return slaves_; }
     links::SerialPort& MSComm1() { return *MSComm1_; }
+    // The indicator setup transfers, for the setup pane and for other programs' commands.
+    indicator_config::IndicatorSetup& indicatorSetup() { return setup_; }
+    indicator_config::ConfigOperations& configOperations() { return setup_; }
 
     void Form_Load();
     // Each activation of the window; the body runs once for each life of the form.
@@ -150,6 +154,7 @@ private:
     collection::CollectionGrid grid_;
     collection::DataColModel data2Rows_;
     SlaveWindows slaves_;
+    indicator_config::IndicatorSetup setup_;
     bool data2Bound_ = false;
     std::unique_ptr<acquisition::QtTimerDriver> timerDriver_;
     bool visible_ = true;

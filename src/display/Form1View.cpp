@@ -4,6 +4,7 @@
 #include "Form1.h"
 #include "IndicatorPictureView.h"
 #include "LowerPanesView.h"
+#include "SetupWindowView.h"
 #include "SlaveView.h"
 #include "Twips.h"
 
@@ -24,12 +25,13 @@ constexpr int refreshMs = 50;
 Form1View::Form1View(Form1& form, QWidget* parent)
     : QWidget(parent), form_(form), picture_(new IndicatorPictureView(form, this)),
       panel_(new ControlsPanelView(form, this)), netwindow_(new NetWindowView(form, this)),
-      datawindow_(new DataWindowView(form, this)), slaves_(new SlaveWindowsView(form, this)),
-      refresh_(new QTimer(this)) {
+      datawindow_(new DataWindowView(form, this)), setupwindow_(new SetupWindowView(form, this)),
+      slaves_(new SlaveWindowsView(form, this)), refresh_(new QTimer(this)) {
     setObjectName(QStringLiteral("form1"));
     setAttribute(Qt::WA_DeleteOnClose, false);
     netwindow_->raise();
     datawindow_->raise();
+    setupwindow_->raise();
     connect(refresh_, &QTimer::timeout, this, &Form1View::sync);
     refresh_->start(refreshMs);
     scale_ = pixelsPerTwip(this);
@@ -50,7 +52,7 @@ void Form1View::resizeEvent(QResizeEvent*) {
 void Form1View::placePanes() {
     const Form1Layout& layout = form_.layout();
     const core::Form1Controls& f = form_.controls();
-    const bool lower = f.netwindowVisible || f.datawindowVisible;
+    const bool lower = f.netwindowVisible || f.datawindowVisible || f.setupwindowVisible;
     const int tallest = lower ? std::max(layout.netwindow.top + layout.netwindow.height,
                                          layout.datawindow.top + layout.datawindow.height)
                               : designHeight;
@@ -67,6 +69,8 @@ void Form1View::placePanes() {
     netwindow_->setScale(scale_);
     datawindow_->setGeometry(toPixels(layout.datawindow, scale_));
     datawindow_->setScale(scale_);
+    setupwindow_->setGeometry(toPixels(layout.datawindow, scale_));
+    setupwindow_->setScale(scale_);
 }
 
 void Form1View::sync() {
@@ -74,17 +78,21 @@ void Form1View::sync() {
         return;
     }
     const core::Form1Controls& f = form_.controls();
-    const bool lower = f.netwindowVisible || f.datawindowVisible;
+    const bool lower = f.netwindowVisible || f.datawindowVisible || f.setupwindowVisible;
     if (lower != lowerPane_) {
         lowerPane_ = lower;
         placePanes();
     }
     netwindow_->setVisible(f.netwindowVisible);
     datawindow_->setVisible(f.datawindowVisible);
+    setupwindow_->setVisible(f.setupwindowVisible);
     picture_->sync();
     panel_->sync();
     netwindow_->sync();
     datawindow_->sync();
+    if (f.setupwindowVisible) {
+        setupwindow_->sync();
+    }
     if (f.caption != caption_) {
         caption_ = f.caption;
         setWindowTitle(caption_);

@@ -12,6 +12,7 @@ class Form1;
 class IndicatorPictureView;
 class NetWindowView;
 class SlaveWindowsView;
+class SetupWindowView;
 
 // The main screen's window content: the picture with its keypad, the controls panel, and the
 // lower panes, placed where the design puts them and scaled together with the window. It
@@ -50,6 +51,7 @@ private:
     ControlsPanelView* panel_;
     NetWindowView* netwindow_;
     DataWindowView* datawindow_;
+    SetupWindowView* setupwindow_;
     SlaveWindowsView* slaves_;
     QTimer* refresh_;
     double scale_ = 1.0 / 15.0;
