@@ -82,6 +82,8 @@ public:
     // The rows of data2 as the collection pane's grid shows them.
     collection::DataColModel& data2Rows() { return data2Rows_; }
     links::SerialPort& MSComm1() { return *MSComm1_; }
+    // The screen's state and links, for the pieces that act on them from outside the form.
+    acquisition::AcquisitionContext& context() { return context_; }
 
     void Form_Load();
     // Each activation of the window; the body runs once for each life of the form.
