@@ -32,40 +32,38 @@ namespace {
 
 constexpr int replyWaitMs = 5000;
 
+// Each operation asked for, with its argument.
 class RecordingOperations final : public ConfigOperations {
 public:
     std::int16_t save_screen_to_scale(std::int32_t& id) override {
-        return log(QStringLiteral("save_screen_to_scale(%1)").arg(id));
+        return log("save_screen_to_scale", id);
     }
     std::int16_t load_screen_from_scale(std::int32_t& id) override {
-        return log(QStringLiteral("load_screen_from_scale(%1)").arg(id));
+        return log("load_screen_from_scale", id);
     }
     std::int16_t save_screen_to_db(const QString& name) override {
-        return log(QStringLiteral("save_screen_to_db(%1)").arg(name));
+        return log("save_screen_to_db", name);
     }
     std::int16_t load_screen_from_db(const QString& name) override {
-        log(QStringLiteral("load_screen_from_db(%1)").arg(name));
+        log("load_screen_from_db", name);
         if (duringLoad) {
             duringLoad();
         }
         return 0;
     }
-    void move_ocdb_to_ocscreen() override { log(QStringLiteral("move_ocdb_to_ocscreen")); }
-    std::int16_t upload_oc(std::int32_t& id) override {
-        return log(QStringLiteral("upload_oc(%1)").arg(id));
-    }
-    void move_scale_to_ocscreen(std::int32_t& id) override {
-        log(QStringLiteral("move_scale_to_ocscreen(%1)").arg(id));
-    }
-    void move_ocscreen_to_ocdb() override { log(QStringLiteral("move_ocscreen_to_ocdb")); }
-    void hideBusyLabel() override { log(QStringLiteral("hideBusyLabel")); }
+    void move_ocdb_to_ocscreen() override { log("move_ocdb_to_ocscreen"); }
+    std::int16_t upload_oc(std::int32_t& id) override { return log("upload_oc", id); }
+    void move_scale_to_ocscreen(std::int32_t& id) override { log("move_scale_to_ocscreen", id); }
+    void move_ocscreen_to_ocdb() override { log("move_ocscreen_to_ocdb"); }
+    void hideBusyLabel() override { log("hideBusyLabel"); }
 
     QStringList calls;
     std::function<void()> duringLoad;
 
 private:
-    std::int16_t log(const QString& call) {
-        calls << call;
+    std::int16_t log(const char* name, const QVariant& arg = {}) {
+        calls << (arg.isValid() ? QStringLiteral("%1(%2)").arg(name, arg.toString())
+                                : QString::fromLatin1(name));
         return 0;
     }
 };
@@ -78,7 +76,6 @@ struct Instance {
         ftdi.FT_Open(0, m.usbhandle);
         ftdi.calls.clear();
         serial.PortOpen(true);
-        serial.operations.clear();
         m.commtype = QStringLiteral("USB485");
         m.netid[0] = 130;
         m.netid[1] = 131;
@@ -123,8 +120,7 @@ struct Instance {
     linkstest::FakeSerialPort serial;
     linkstest::ScriptedFtdi ftdi;
     acquisition::AcquisitionContext context{m, f, clock, {&serial, &ftdi, nullptr}, {}};
-    testsupport::RecordingDialogs* said = new testsupport::RecordingDialogs;
-    CapturingDialogs dialogs{std::unique_ptr<core::Dialogs>(said)};
+    CapturingDialogs dialogs{std::make_unique<testsupport::RecordingDialogs>()};
     RecordingOperations operations;
     CommandInterface linkExecute{context, operations, dialogs};
     CommandServer server{protocol::socketPath(home.path()),
