@@ -19,6 +19,8 @@ constexpr int exitRefused = 1;
 constexpr int exitNoInstance = 2;
 constexpr int exitUsage = 64;
 constexpr int connectWaitMs = 2000;
+// Of a refused string, enough to tell which it was.
+constexpr qsizetype shownChars = 60;
 
 void printLine(FILE* stream, const QString& text) {
     std::fprintf(stream, "%s\n", qPrintable(text));
@@ -125,7 +127,9 @@ int main(int argc, char** argv) {
             return exitRefused;
         }
         if (*answer != protocol::ok) {
-            complain(QStringLiteral("refused: ") + command);
+            complain(QStringLiteral("refused: ") +
+                     (command.size() > shownChars ? command.left(shownChars) + QStringLiteral("...")
+                                                  : command));
             return exitRefused;
         }
         while (wait) {

@@ -111,6 +111,8 @@ void CommandServer::accept() {
         clients_.insert(socket, Client{});
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] { readFrom(socket); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
+            // Lines that came just before the client closed are still taken.
+            readFrom(socket);
             clients_.remove(socket);
             socket->deleteLater();
         });
