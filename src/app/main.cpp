@@ -23,6 +23,11 @@
 #include "core/store/CreateDatabase.h"
 #include "display/Form1.h"
 #include "display/Form1Host.h"
+#include "indicator_config/CapturingDialogs.h"
+#include "indicator_config/CommandInterface.h"
+#include "indicator_config/CommandProtocol.h"
+#include "indicator_config/CommandServer.h"
+#include "indicator_config/ConfigOperations.h"
 #include "links/FtdiApi.h"
 #include "links/FtdiFactory.h"
 #include "links/SerialPort.h"
@@ -125,6 +130,10 @@ int main(int argc, char** argv) {
         widgetDialogs = owned.get();
         dialogs = std::move(owned);
     }
+    // A command from another program tells its client what the program said while it ran.
+    auto capturing = std::make_unique<indicator_config::CapturingDialogs>(std::move(dialogs));
+    indicator_config::CapturingDialogs& commandDialogs = *capturing;
+    dialogs = std::move(capturing);
     application.setFatalHandler([&dialogs](const QString& text) { dialogs->fatal(text); });
 
     if (options.demo) {
@@ -194,6 +203,23 @@ int main(int argc, char** argv) {
     };
     start.loadsettings = [&m] { core::loadsettings(m); };
 
+    // Other programs drive the indicator setup transfers while the main screen exists, as
+    // they once could only while it was loaded. The server goes with the form.
+    auto startCommandServer = [&](display::Form1& form) {
+        auto linkExecute = std::make_shared<indicator_config::CommandInterface>(
+            form.context(), form.configOperations(), *dialogs);
+        auto* server = new indicator_config::CommandServer(
+            indicator_config::protocol::socketPath(home.folder()),
+            [&form, linkExecute](const QString& cmdStr) {
+                form.runEvent([&] {
+                    std::int16_t Cancel = 0;
+                    linkExecute->Form_LinkExecute(cmdStr, Cancel);
+                });
+            },
+            commandDialogs, &form);
+        server->listen();
+    };
+
     std::unique_ptr<display::Form1Host> screen;
     auto makeForm1 = [&]() {
         if (!ftdi) {
@@ -211,7 +237,9 @@ int main(int argc, char** argv) {
                                         ftdi.get(),
                                         usb.get(),
                                         {}};
-        return std::make_unique<display::Form1>(std::move(services));
+        auto form = std::make_unique<display::Form1>(std::move(services));
+        startCommandServer(*form);
+        return form;
     };
 
     int status = 0;

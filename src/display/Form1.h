@@ -86,6 +86,8 @@ public:
     // The indicator setup transfers, for the setup pane and for other programs' commands.
     indicator_config::IndicatorSetup& indicatorSetup() { return setup_; }
     indicator_config::ConfigOperations& configOperations() { return setup_; }
+    // The screen's state and links, for the pieces that act on them from outside the form.
+    acquisition::AcquisitionContext& context() { return context_; }
 
     void Form_Load();
     // Each activation of the window; the body runs once for each life of the form.

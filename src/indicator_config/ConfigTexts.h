@@ -1,5 +1,7 @@
 #pragma once
 
+#include "links/UsbLink.h"
+
 #include <QString>
 
 namespace stellwyn::indicator_config::texts {
@@ -18,7 +20,7 @@ inline QString scaleNotResponding() {
     return QStringLiteral("Scale not responding.");
 }
 inline QString setFlowControlFailed() {
-    return QStringLiteral("SetFlowControl Failed");
+    return links::UsbLink::flowControlFailed();
 }
 inline QString notSuccessful() {
     return QStringLiteral("Operation was not successful");

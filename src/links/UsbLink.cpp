@@ -89,7 +89,7 @@ void UsbLink::setLine(FtHandle handle, DWORD baud) {
         FT_OK) {
         dialogs_.message(QStringLiteral("SetDataCharacteristics Failed"));
     }
-    const QString flowFailed = QStringLiteral("SetFlowControl Failed");
+    const QString flowFailed = flowControlFailed();
     if (ftdi_.FT_SetFlowControl(handle, FT_FLOW_NONE, 0, 0) != FT_OK) {
         dialogs_.message(flowFailed);
     }
@@ -97,6 +97,10 @@ void UsbLink::setLine(FtHandle handle, DWORD baud) {
     if (ftdi_.FT_SetTimeouts(handle, kReadTimeoutMs, kWriteTimeoutMs) != FT_OK) {
         dialogs_.message(flowFailed);
     }
+}
+
+QString UsbLink::flowControlFailed() {
+    return QStringLiteral("SetFlowControl Failed");
 }
 
 bool UsbLink::openUsbScale(int i, DWORD baud) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 #include <cstdint>
 
 namespace stellwyn::core {
@@ -35,6 +36,9 @@ public:
     // netid[i] and its line is set up at the baud rate of the scale's row. False, after saying
     // so, when the device does not open.
     bool openUsbScale(int i, std::uint32_t baud);
+
+    // The box of a failed flow control, which the timeouts' failures show as well.
+    static QString flowControlFailed();
 
 private:
     // Baud rate, framing, flow control and timeouts of an open device; each failure is told
