@@ -211,7 +211,17 @@ int main(int argc, char** argv) {
                                         ftdi.get(),
                                         usb.get(),
                                         {}};
-        return std::make_unique<display::Form1>(std::move(services));
+        display::Form1Calls calls;
+        calls.showStatus = [&frameView, &dialogs](const QString& text) {
+            if (frameView) {
+                frameView->showStatus(text);
+            }
+            // Unattended, the status bar is out of sight: its lines go where the messages go.
+            if (!dialogs->interactive()) {
+                std::fprintf(stderr, "status: %s\n", qPrintable(text));
+            }
+        };
+        return std::make_unique<display::Form1>(std::move(services), std::move(calls));
     };
 
     int status = 0;

@@ -26,6 +26,7 @@ class Timer;
 } // namespace stellwyn::core
 
 namespace stellwyn::links {
+class Ethernet;
 class FtdiApi;
 class SerialPort;
 class UsbLink;
@@ -56,11 +57,9 @@ struct Form1Services {
 // passed over.
 struct Form1Calls {
     std::function<void()> slavesload;
-    std::function<void()> rf_setup;
-    std::function<void()> ethernet_start;
-    // The socket's state: 7 once connected.
-    std::function<int()> winsockState;
     std::function<void(int k)> unloadSlave;
+    // A line on the frame's status bar.
+    std::function<void(const QString& text)> showStatus;
 };
 
 // The main screen: creates the acquisition pieces, wires each control event to the piece that
@@ -82,6 +81,8 @@ public:
     // The rows of data2 as the collection pane's grid shows them.
     collection::DataColModel& data2Rows() { return data2Rows_; }
     links::SerialPort& MSComm1() { return *MSComm1_; }
+    // The Ethernet link, made by the activation on "Ethernet"; null otherwise.
+    links::Ethernet* ethernet() { return ethernet_.get(); }
 
     void Form_Load();
     // Each activation of the window; the body runs once for each life of the form.
@@ -89,6 +90,11 @@ public:
     // A public routine other screens call: one yield.
     void formactivate();
     void Command1_Click();
+    // Whatever the Ethernet link received: replies count after its "?" handshake.
+    void Winsock1_DataArrival();
+    // The hidden start and stop of the USB event thread.
+    void TConn_Click();
+    void TDis_Click();
     void Form_Unload();
     // Any unload of the form: Form_Unload runs, then the form goes.
     void unload();
@@ -122,9 +128,11 @@ private:
     };
 
     void driveTimers();
+    void driveTimer(core::Timer& timer);
     // The steps of the activation, each false when the activation ends there.
     void placePanes();
     bool startLink();
+    void startEthernet();
     void bindData();
     bool matchScaleRows();
     void matchScaleRow(int i, bool& opened);
@@ -151,6 +159,8 @@ private:
     collection::DataColModel data2Rows_;
     bool data2Bound_ = false;
     std::unique_ptr<acquisition::QtTimerDriver> timerDriver_;
+    // After the timer driver, so that it goes first.
+    std::unique_ptr<links::Ethernet> ethernet_;
     bool visible_ = true;
     bool unloaded_ = false;
     int busy_ = 0;
