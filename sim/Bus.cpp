@@ -188,6 +188,17 @@ void Bus::pushPrints(double t) {
     send(cells, t);
 }
 
+void Bus::sendReadings(const QList<int>& netIds, double t) {
+    advanceTo(t);
+    for (int id : netIds) {
+        Indicator* ind = mode_ == Mode::Rs232 ? target(-1) : find(id);
+        if (ind != nullptr && !useFault(*ind, Fault::Kind::Silence)) {
+            reply(*ind, replies::reading(*ind, addressed() ? ind->netId() : -1, t, false, false),
+                  t);
+        }
+    }
+}
+
 void Bus::send(const QByteArray& bytes, double at) {
     if (bytes.isEmpty()) {
         return;

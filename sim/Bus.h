@@ -47,8 +47,13 @@ public:
     void print(const QList<int>& netIds, double t);
     // Addressed links: every held print goes out now, unasked, back to back.
     void pushPrints(double t);
+    // Continuous output: these indicators send their reading now, unasked, as they would to a
+    // request (an 11-byte cell on addressed links, the reading and CR LF on RS-232).
+    void sendReadings(const QList<int>& netIds, double t);
     // Puts bytes on the line as they are (a module in front of the bus answering for itself).
     void send(const QByteArray& bytes, double at);
+    // Bytes from the host that a device in front of the bus took, for the frame log.
+    void logReceived(const QByteArray& bytes, double at) { log(Direction::Received, bytes, at); }
 
     void receive(const QByteArray& bytes, double at) override;
     void advanceTo(double t) override;

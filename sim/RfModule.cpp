@@ -18,6 +18,7 @@ void RfModule::receive(const QByteArray& bytes, double at) {
     for (char b : bytes) {
         if (command_) {
             if (b == '\r') {
+                bus_.logReceived(line_ + '\r', at);
                 commandLine(line_, at);
                 line_.clear();
             } else {
@@ -33,13 +34,19 @@ void RfModule::receive(const QByteArray& bytes, double at) {
             command_ = true;
             if (linked()) {
                 bus_.receive(data, at);
+            } else {
+                bus_.logReceived(data, at);
             }
             data.clear();
             bus_.send(kOk, at);
         }
     }
-    if (!data.isEmpty() && linked()) {
-        bus_.receive(data, at);
+    if (!data.isEmpty()) {
+        if (linked()) {
+            bus_.receive(data, at);
+        } else {
+            bus_.logReceived(data, at);
+        }
     }
 }
 

@@ -19,6 +19,9 @@ public:
     // Every command line taken, without its CR, in order.
     const QList<QByteArray>& commands() const { return commands_; }
 
+    // What the module keeps from the bus (its command lines, and data while off the bus's
+    // channel) goes to the bus's frame log as received, so that a log shows every byte the host
+    // sent, once.
     void receive(const QByteArray& bytes, double at) override;
     void advanceTo(double t) override { bus_.advanceTo(t); }
     QByteArray takeDue(double now) override { return bus_.takeDue(now); }

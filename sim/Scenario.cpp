@@ -60,6 +60,18 @@ struct PrintPress {
     }
 };
 
+// Continuous output, every `every` seconds.
+struct Stream {
+    Bus* bus;
+    QList<int> ids;
+    double every;
+
+    void operator()(double t) const {
+        bus->sendReadings(ids, t);
+        bus->schedule(t + every, *this);
+    }
+};
+
 bool isId(const QString& word) {
     bool ok = false;
     const int id = word.toInt(&ok);
@@ -135,7 +147,8 @@ bool Scenario::parseLine(const QString& line, QString* error) {
         rfChannel = w[1].toInt(&ok);
         return (ok && rfChannel >= 0) || fail(QStringLiteral("channel expected"));
     }
-    if (w.size() < 2 || (what != QLatin1String("print") && !isId(w[1]))) {
+    if (w.size() < 2 ||
+        (what != QLatin1String("print") && what != QLatin1String("stream") && !isId(w[1]))) {
         return fail(QStringLiteral("unknown directive or bad ID"));
     }
     const QString& id = w[1];
@@ -224,6 +237,28 @@ bool Scenario::parseLine(const QString& line, QString* error) {
                 }
             }
             bus.schedule(origin + at, PrintPress{&bus, ids, every, push});
+        });
+        return true;
+    }
+    if (what == QLatin1String("stream")) {
+        QList<int> who;
+        std::map<QString, double> opt;
+        const bool all = id == QLatin1String("*");
+        if ((!all && !readIds(id, &who)) ||
+            !readOptions(w, 2, {QStringLiteral("at"), QStringLiteral("every")}, &opt) ||
+            !opt.count(QStringLiteral("every")) || opt[QStringLiteral("every")] <= 0.0) {
+            return fail(QStringLiteral("stream IDS every S [at T]"));
+        }
+        const double at = opt.count(QStringLiteral("at")) ? opt[QStringLiteral("at")] : 0.0;
+        const double every = opt[QStringLiteral("every")];
+        steps_.push_back([who, all, at, every](Bus& bus, double origin) {
+            QList<int> ids = who;
+            if (all) {
+                for (const auto& ind : bus.indicators()) {
+                    ids.append(ind->netId());
+                }
+            }
+            bus.schedule(origin + at, Stream{&bus, ids, every});
         });
         return true;
     }

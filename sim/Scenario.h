@@ -19,6 +19,7 @@ namespace stellwyn::sim {
 //   decimals ID N                 group ID CHAR           style ID plus|hash|d
 //   tag ID WORD...
 //   print IDS [at T] [every S] [push]
+//   stream IDS every S [at T]
 //   fault ID silence|late S|split BYTES GAP|garbage HEX|low-address N|bang-no-hash|missing-cr
 //         [count N]
 class Scenario {

@@ -2,6 +2,10 @@
 
 namespace stellwyn::sim {
 
+QByteArray TcpServer::greeting() {
+    return QByteArrayLiteral("?\r\n");
+}
+
 TcpServer::TcpServer(LineDevice& device, const core::Clock& clock, QObject* parent)
     : QObject(parent), pump_(device, clock) {
     connect(&pump_, &RealTimePump::output, this, &TcpServer::writeOut);
@@ -21,6 +25,9 @@ void TcpServer::onNewConnection() {
         socket->setParent(this);
         socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         clients_.append(socket);
+        // The gateway's word that it is ready, which the program waits for before it takes
+        // any reply as a reading.
+        socket->write(greeting());
         connect(socket, &QTcpSocket::readyRead, this,
                 [this, socket] { pump_.feed(socket->readAll()); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {

@@ -11,7 +11,8 @@
 namespace stellwyn::sim {
 
 // The Ethernet link: indicators behind a TCP endpoint. All connected clients share the one
-// line; what the device sends goes to each of them.
+// line; what the device sends goes to each of them. Each new client is first greeted with "?"
+// CR LF, as the scales' network gateway does.
 class TcpServer : public QObject {
     Q_OBJECT
 public:
@@ -21,6 +22,7 @@ public:
     bool listen(quint16 port, const QHostAddress& address = QHostAddress::LocalHost);
     quint16 port() const { return server_.serverPort(); }
     QString errorString() const { return server_.errorString(); }
+    static QByteArray greeting();
     int clientCount() const { return static_cast<int>(clients_.size()); }
 
 private:

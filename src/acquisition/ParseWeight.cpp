@@ -19,7 +19,7 @@ bool loggingOn(std::int16_t flag) {
 } // namespace
 
 // A reply that arrived on the Ethernet socket, read as it stands: no wait and no line end needed.
-void Scanners::parseweight(const QByteArray& data) {
+int Scanners::parseweight(const QByteArray& data) {
     core::Module1& m = c_.m;
     QString received;
     bool cut = false;
@@ -29,11 +29,11 @@ void Scanners::parseweight(const QByteArray& data) {
     }
     const std::optional<AddressedReply> reply = splitAddress(core::trimBlanks(received));
     if (!reply) {
-        return;
+        return -1;
     }
     const int i = findScale(m, reply->address);
     if (i < 0) {
-        return;
+        return -1;
     }
     m.scaleweight[i] = cutAtLineEnd(reply->text);
     showOnScreen(i);
@@ -41,6 +41,7 @@ void Scanners::parseweight(const QByteArray& data) {
         Data_collect();
         yieldToEvents();
     }
+    return i;
 }
 
 // The row is filed under the scale picked in Combo1, not the one that answered, and its

@@ -22,7 +22,8 @@ public:
     void rs485_inputscan();
     void USB_inputscan();
     void USB485_inputscan();
-    void parseweight(const QByteArray& data);
+    // The Ethernet link's parser; the index of the scale the reply was for, or -1.
+    int parseweight(const QByteArray& data);
 
     // The text from its first character that is not "0"; empty for zeros only or blanks only.
     static QString blz(const QString& text);

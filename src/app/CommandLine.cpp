@@ -22,6 +22,9 @@ QString helpText() {
         "  --demo              run on a demonstration home (made when missing: --home,\n"
         "                      else demo/ in the user's data folder) whose three simulated\n"
         "                      scales, NetIDs 130 to 132, show on the main screen\n"
+        "  --demo=ethernet     the same over Ethernet: two simulated scales, NetIDs 130 and\n"
+        "                      131, behind a loopback port of this program (home:\n"
+        "                      demo-ethernet/ in the user's data folder unless --home)\n"
         "  --version           print the version and exit\n"
         "  --help              print this help and exit\n");
 }
@@ -55,6 +58,13 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
             options.setup = true;
         } else if (arg == u"--demo") {
             options.demo = true;
+        } else if (arg.startsWith(u"--demo=")) {
+            if (arg != u"--demo=ethernet") {
+                parsed.error = QStringLiteral("--demo= takes ethernet, not \"%1\"").arg(arg.mid(7));
+                return parsed;
+            }
+            options.demo = true;
+            options.demoEthernet = true;
         } else if (arg == u"--home" || arg.startsWith(u"--home=")) {
             const auto home = value(QStringLiteral("--home"));
             if (!home) {

@@ -18,6 +18,8 @@ struct CommandLine {
     bool setup = false;
     // Runs on a demonstration home with simulated scales.
     bool demo = false;
+    // The demonstration's link: the USB-RS485 adapter, or Ethernet to a loopback port.
+    bool demoEthernet = false;
 };
 
 // Parses the arguments (without the program name). On a bad argument returns nothing and sets

@@ -103,10 +103,11 @@ void FrmMainView::buildToolBar() {
 void FrmMainView::buildStatusBar() {
     QStatusBar* bar = statusBar();
     bar->setObjectName(QStringLiteral("sbStatusBar"));
-    auto* status = new QLabel(FrmMain::statusPanelText(), bar);
+    statusPanel_ = new QLabel(FrmMain::statusPanelText(), bar);
+    statusPanel_->setObjectName(QStringLiteral("statusPanel"));
     datePanel_ = new QLabel(bar);
     timePanel_ = new QLabel(bar);
-    bar->addWidget(status, 1);
+    bar->addWidget(statusPanel_, 1);
     bar->addPermanentWidget(datePanel_);
     bar->addPermanentWidget(timePanel_);
     // The date and time panels show the system clock by themselves.
@@ -114,6 +115,10 @@ void FrmMainView::buildStatusBar() {
     connect(tick, &QTimer::timeout, this, &FrmMainView::refreshClock);
     tick->start(1000);
     refreshClock();
+}
+
+void FrmMainView::showStatus(const QString& text) {
+    statusPanel_->setText(text);
 }
 
 void FrmMainView::refreshClock() {

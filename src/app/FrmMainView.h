@@ -18,6 +18,8 @@ public:
     QMdiArea* mdiArea() const { return area_; }
     // Applies the logic's place, in twips, to the window.
     void applyPlace();
+    // The status bar's first panel; the links tell what becomes of their connection there.
+    void showStatus(const QString& text);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -32,6 +34,7 @@ private:
 
     FrmMain& logic_;
     QMdiArea* area_;
+    QLabel* statusPanel_ = nullptr;
     QLabel* datePanel_ = nullptr;
     QLabel* timePanel_ = nullptr;
 };

@@ -92,7 +92,7 @@ int main(int argc, char** argv) {
     }
     const app::CommandLine& options = *parsed.options;
 
-    const core::AppHome home(options.demo ? app::demoHomeFolder(options.home)
+    const core::AppHome home(options.demo ? app::demoHomeFolder(options.home, options.demoEthernet)
                                           : core::AppHome::resolve(options.home));
     if (!home.ensureExists()) {
         printLine(stderr, QStringLiteral("stellwyn: cannot make the application home %1")
@@ -136,17 +136,27 @@ int main(int argc, char** argv) {
     dialogs = std::move(capturing);
     application.setFatalHandler([&dialogs](const QString& text) { dialogs->fatal(text); });
 
+    core::Module1 m;
+    core::RealClock clock;
+    std::unique_ptr<app::EthernetDemo> ethernetDemo;
     if (options.demo) {
         try {
-            app::prepareDemoHome(home);
+            app::prepareDemoHome(home, options.demoEthernet);
         } catch (const core::FatalError& error) {
             application.fatal(error.text());
             return 1;
         }
+        if (options.demoEthernet) {
+            ethernetDemo = std::make_unique<app::EthernetDemo>(clock);
+            QString error;
+            if (!ethernetDemo->start(home, &error)) {
+                printLine(stderr, QStringLiteral("stellwyn: the demonstration's scales cannot "
+                                                 "listen on the loopback: ") +
+                                      error);
+                return 1;
+            }
+        }
     }
-
-    core::Module1 m;
-    core::RealClock clock;
     core::SettingsStore settings(home.file(QStringLiteral("stellwyn.ini")));
     // The USB library and link live as long as the program: the adapter stays open between
     // uses of the main screen. They are made at the first use of the screen.
@@ -237,7 +247,17 @@ int main(int argc, char** argv) {
                                         ftdi.get(),
                                         usb.get(),
                                         {}};
-        auto form = std::make_unique<display::Form1>(std::move(services));
+        display::Form1Calls calls;
+        calls.showStatus = [&frameView, &dialogs](const QString& text) {
+            if (frameView) {
+                frameView->showStatus(text);
+            }
+            // Unattended, the status bar is out of sight: its lines go where the messages go.
+            if (!dialogs->interactive()) {
+                std::fprintf(stderr, "status: %s\n", qPrintable(text));
+            }
+        };
+        auto form = std::make_unique<display::Form1>(std::move(services), std::move(calls));
         startCommandServer(*form);
         return form;
     };

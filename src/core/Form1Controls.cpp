@@ -35,6 +35,10 @@ Form1Controls::Form1Controls() {
     btn_saveslave.caption = QStringLiteral("Save Current Layout");
     btn_slavesload.caption = QStringLiteral("Restore Saved Layout");
     btn_closeallslaves.caption = QStringLiteral("Close All");
+    TConn.caption = QStringLiteral("TMain");
+    TConn.visible = false;
+    TDis.caption = QStringLiteral("TDis");
+    TDis.visible = false;
 
     NetFrame.caption = QStringLiteral("Network Scan");
 

@@ -52,6 +52,9 @@ public:
     CommandButton btn_saveslave;
     CommandButton btn_slavesload;
     CommandButton btn_closeallslaves;
+    // Start and stop of the USB event thread: hidden, and shown by nothing.
+    CommandButton TConn;
+    CommandButton TDis;
 
     // Lower panes.
     bool netwindowVisible = false;

@@ -5,6 +5,7 @@
 #include "Getdatapath.h"
 #include "LoadSettings.h"
 #include "Module1.h"
+#include "ScaleAddress.h"
 #include "SettingsStore.h"
 #include "Yield.h"
 #include "store/SysCfg.h"
@@ -97,6 +98,7 @@ bool Setup::Form_Load() {
     }
 
     loadControls(*row);
+    c.txt_IP_address.text = storedScaleAddress(settings_);
     refreshDevices();
 
     datPrimaryRS.ConnectionString = m_.cfgconn;
@@ -263,6 +265,9 @@ void Setup::checkfields() {
     c.Command2.enabled = records;
     c.Command3.enabled = records;
     c.Frame2.enabled = records;
+    const bool ethernet = c.opt_ethernet.value();
+    c.Label4.enabled = ethernet;
+    c.txt_IP_address.enabled = ethernet;
 }
 
 QString Setup::blz1(const QString& text) {
@@ -285,6 +290,18 @@ void Setup::optionClick() {
     yieldToEvents();
     savesettings();
     sortscales();
+    emit changed();
+}
+
+void Setup::txt_IP_address_LostFocus() {
+    TextBox& box = c.txt_IP_address;
+    QString refusal;
+    if (box.text.trimmed().isEmpty() || parseScaleAddress(box.text, &refusal)) {
+        box.error.clear();
+        storeScaleAddress(settings_, box.text);
+    } else {
+        box.error = QStringLiteral("Not saved: ") + refusal;
+    }
     emit changed();
 }
 

@@ -52,6 +52,8 @@ public:
     void txtFields_LostFocus(int index);
     void chkFields_LostFocus();
     void Text1_LostFocus();
+    // Keeps the scale address in the settings store, or says beside the box why it will not.
+    void txt_IP_address_LostFocus();
 
     void btn_datapath_Click();
     void Command1_Click(int index);

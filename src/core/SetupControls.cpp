@@ -9,13 +9,13 @@ SetupControls::SetupControls() {
     opt_rs232.caption = QStringLiteral("RS232");
     opt_usb485.caption = QStringLiteral("USB-RS485");
     opt_ethernet.caption = QStringLiteral("Ethernet");
-    opt_ethernet.visible = false;
     commtypeGroup.add(opt_rs232);
     commtypeGroup.add(opt_usb485);
     commtypeGroup.add(opt_ethernet);
     Label4.caption = QStringLiteral("Scale IP Address:");
-    Label4.visible = false;
-    txt_IP_address.visible = false;
+    txt_IP_address.toolTip = QStringLiteral("The scales' network address: a host name or IP "
+                                            "address, and a port after a colon when it is not "
+                                            "2000");
 
     frm_commport.caption = QStringLiteral("Comm Port");
     opt_com1.caption = QStringLiteral("COM1");

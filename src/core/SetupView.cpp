@@ -94,6 +94,7 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     commtypeLayout->addWidget(ip);
     commtypeLayout->addWidget(ipError);
     label4->setBuddy(ip);
+    lostFocus_.insert(ip, [this] { logic_.txt_IP_address_LostFocus(); });
     syncs_.push_back([label4, &c] { showState(label4, c.Label4.enabled, c.Label4.visible); });
     commtypeLayout->addStretch();
 

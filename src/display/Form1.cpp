@@ -3,7 +3,11 @@
 #include "acquisition/QtTimerDriver.h"
 #include "core/Module1.h"
 #include "core/Yield.h"
+#include "links/Ethernet.h"
+#include "links/EventThread.h"
 #include "links/SerialPort.h"
+
+#include <thread>
 
 namespace stellwyn::display {
 
@@ -42,6 +46,9 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
             data2Rows_.refresh(grid_.order());
         }
     };
+    context_.hooks.winsockSendData = [this](const QByteArray& bytes) {
+        return ethernet_ && ethernet_->Winsock1().SendData(bytes);
+    };
     f_.Command1.Click = [this] { Command1_Click(); };
     f_.Command11.Click = [this] { slaves_.Command11_Click(); };
     f_.btn_saveslave.Click = [this] { slaves_.btn_saveslave_Click(); };
@@ -52,6 +59,8 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
     };
     f_.opt_setup.Click = [this] { scanTable_.opt_setup_Click(); };
     setup_.attach();
+    f_.TConn.Click = [this] { TConn_Click(); };
+    f_.TDis.Click = [this] { TDis_Click(); };
     driveTimers();
 }
 
@@ -73,19 +82,23 @@ void Form1::driveTimers() {
         timerDriver_ = std::make_unique<acquisition::QtTimerDriver>();
     }
     for (core::Timer* timer : all) {
-        // A tick may yield, and the operator may close the form in that yield: the form stays
-        // until the tick is over.
-        timer->Tick = [this, tick = timer->Tick] {
-            if (tick) {
-                Busy busy(*this);
-                tick();
-            }
-        };
-        if (s_.driveTimer) {
-            s_.driveTimer(*timer);
-        } else {
-            timerDriver_->drive(*timer);
+        driveTimer(*timer);
+    }
+}
+
+void Form1::driveTimer(core::Timer& timer) {
+    // A tick may yield, and the operator may close the form in that yield: the form stays
+    // until the tick is over.
+    timer.Tick = [this, tick = timer.Tick] {
+        if (tick) {
+            Busy busy(*this);
+            tick();
         }
+    };
+    if (s_.driveTimer) {
+        s_.driveTimer(timer);
+    } else {
+        timerDriver_->drive(timer);
     }
 }
 
@@ -123,6 +136,56 @@ void Form1::Command1_Click() {
     unload();
 }
 
+void Form1::Winsock1_DataArrival() {
+    if (!ethernet_ || unloaded_) {
+        return;
+    }
+    Busy busy(*this);
+    const QByteArray text = ethernet_->Winsock1().GetData();
+    if (text.startsWith('?')) {
+        ethernet_->handshake = true;
+        return;
+    }
+    if (!ethernet_->handshake) {
+        return;
+    }
+    const int i = ethernet_->parseweight(text);
+    // The scan table follows the scale that answered, with the reading just taken.
+    if (!gone() && i >= 0 && s_.m.opmode == 2) {
+        f_.NetList.setText(i + 1, 0, s_.m.scaledesc[i]);
+        f_.NetList.setText(i + 1, 1, s_.m.scaleweight[i]);
+    }
+}
+
+void Form1::TConn_Click() {
+    core::Module1& m = s_.m;
+    m.fteventhandle = s_.ftdi != nullptr ? s_.ftdi->CreateEventA(false, false, QString()) : 0;
+    if (m.fteventhandle == 0) {
+        TDis_Click();
+        return;
+    }
+    links::EventThreadJob job;
+    job.ftdi = s_.ftdi;
+    job.fthandle = m.fthandle;
+    job.usbhandle = m.usbhandle;
+    job.fteventhandle = m.fteventhandle;
+    // The platform has no wait on a driver event that this thread could make; the loop that
+    // would call these is never entered.
+    job.WaitForSingleObject = [](links::FtEvent, links::DWORD) { return links::DWORD(0xFFFFFFFF); };
+    job.USB485_inputscan = [this] { scanners_.USB485_inputscan(); };
+    job.modemstatus = [ftdi = s_.ftdi, handle = m.fthandle] {
+        // The four indicators it would light are not on this screen.
+        links::DWORD status = 0;
+        ftdi->FT_GetModemStatus(handle, status);
+    };
+    std::thread(links::eventthread, job).detach();
+}
+
+void Form1::TDis_Click() {
+    // The run flag cleared here is this handler's own, not the thread's: it stops nothing.
+    [[maybe_unused]] bool run = false;
+}
+
 void Form1::Form_Unload() {
     core::Module1& m = s_.m;
     for (int i = 0; i < core::timer1Count; ++i) {
@@ -140,6 +203,9 @@ void Form1::Form_Unload() {
         }
     }
     timers_.halttimers();
+    if (ethernet_) {
+        ethernet_->close();
+    }
     m.formclosing = core::vbTrue;
 }
 

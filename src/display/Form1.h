@@ -28,6 +28,7 @@ class Timer;
 } // namespace stellwyn::core
 
 namespace stellwyn::links {
+class Ethernet;
 class FtdiApi;
 class SerialPort;
 class UsbLink;
@@ -54,13 +55,10 @@ struct Form1Services {
     std::function<void(core::Timer&)> driveTimer;
 };
 
-// The routines of other screens and links the activation and the unload call. Unset ones are
-// passed over.
+// What the screen asks of the frame around it. Unset ones are passed over.
 struct Form1Calls {
-    std::function<void()> rf_setup;
-    std::function<void()> ethernet_start;
-    // The socket's state: 7 once connected.
-    std::function<int()> winsockState;
+    // A line on the frame's status bar.
+    std::function<void(const QString& text)> showStatus;
 };
 
 // The main screen: creates the acquisition pieces, wires each control event to the piece that
@@ -88,6 +86,8 @@ public:
     indicator_config::ConfigOperations& configOperations() { return setup_; }
     // The screen's state and links, for the pieces that act on them from outside the form.
     acquisition::AcquisitionContext& context() { return context_; }
+    // The Ethernet link, made by the activation on "Ethernet"; null otherwise.
+    links::Ethernet* ethernet() { return ethernet_.get(); }
 
     void Form_Load();
     // Each activation of the window; the body runs once for each life of the form.
@@ -95,6 +95,11 @@ public:
     // A public routine other screens call: one yield.
     void formactivate();
     void Command1_Click();
+    // Whatever the Ethernet link received: replies count after its "?" handshake.
+    void Winsock1_DataArrival();
+    // The hidden start and stop of the USB event thread.
+    void TConn_Click();
+    void TDis_Click();
     void Form_Unload();
     // Any unload of the form: Form_Unload runs, then the form goes.
     void unload();
@@ -128,9 +133,11 @@ private:
     };
 
     void driveTimers();
+    void driveTimer(core::Timer& timer);
     // The steps of the activation, each false when the activation ends there.
     void placePanes();
     bool startLink();
+    void startEthernet();
     void bindData();
     bool matchScaleRows();
     void matchScaleRow(int i, bool& opened);
@@ -159,6 +166,8 @@ private:
     indicator_config::IndicatorSetup setup_;
     bool data2Bound_ = false;
     std::unique_ptr<acquisition::QtTimerDriver> timerDriver_;
+    // After the timer driver, so that it goes first.
+    std::unique_ptr<links::Ethernet> ethernet_;
     bool visible_ = true;
     bool unloaded_ = false;
     int busy_ = 0;

@@ -1,12 +1,17 @@
 // The activation of the main screen: from an idle frame to a running link.
 #include "Form1.h"
 #include "acquisition/Frames.h"
+#include "core/AppHome.h"
 #include "core/Conversions.h"
 #include "core/Dialogs.h"
 #include "core/LoadSettings.h"
 #include "core/Module1.h"
+#include "core/ScaleAddress.h"
+#include "core/SettingsStore.h"
 #include "core/Yield.h"
 #include "core/store/Connection.h"
+#include "links/Ethernet.h"
+#include "links/RfSetup.h"
 #include "links/UsbLink.h"
 
 #include <cmath>
@@ -14,10 +19,6 @@
 namespace stellwyn::display {
 
 using core::yieldToEvents;
-
-namespace {
-constexpr int winsockConnected = 7;
-} // namespace
 
 void Form1::Form_Activate() {
     core::Module1& m = s_.m;
@@ -65,8 +66,8 @@ void Form1::Form_Activate() {
             return;
         }
     }
-    if (m.rfnet == -1 && calls_.rf_setup) {
-        calls_.rf_setup();
+    if (m.rfnet == -1) {
+        links::rf_setup(m, s_.ftdi, s_.dialogs, s_.clock);
     }
 }
 
@@ -123,8 +124,28 @@ bool Form1::startLink() {
         f_.Timer2.setEnabled(false);
         f_.Timer3.setEnabled(false);
         s_.usb->usb485_start();
+    } else if (t == u"Ethernet") {
+        startEthernet();
     }
     return !gone();
+}
+
+// The link is made here, where the polling that follows expects an open socket; its replies
+// go to the same parser whatever the mode.
+void Form1::startEthernet() {
+    const core::SettingsStore settings(s_.home.file(QStringLiteral("stellwyn.ini")));
+    ethernet_ =
+        std::make_unique<links::Ethernet>(s_.m, s_.dialogs, core::storedScaleAddress(settings));
+    ethernet_->parser = [this](const QByteArray& data) { return scanners_.parseweight(data); };
+    ethernet_->showStatus = [this](const QString& text) {
+        if (calls_.showStatus) {
+            calls_.showStatus(text);
+        }
+    };
+    connect(&ethernet_->Winsock1(), &links::Winsock::DataArrival, this,
+            [this] { Winsock1_DataArrival(); });
+    driveTimer(ethernet_->retryTimer());
+    ethernet_->ethernet_connect();
 }
 
 void Form1::bindData() {
@@ -188,16 +209,13 @@ void Form1::matchScaleRow(int i, bool& opened) {
         }
     } else if (t == u"USB485") {
         // The rows are not read on this link: scaleid stays 0.
-    } else {
-        if (calls_.ethernet_start) {
-            calls_.ethernet_start();
-        }
-        if (calls_.winsockState && calls_.winsockState() == winsockConnected) {
+    } else if (ethernet_) {
+        ethernet_->ethernet_start();
+        // The first request goes out once for the activation, always to address 130.
+        if (i == 0 && ethernet_->Winsock1().State() == links::Winsock::sckConnected) {
             f_.Timer2.setEnabled(false);
             f_.Timer3.setEnabled(false);
-            if (context_.hooks.winsockSendData) {
-                context_.hooks.winsockSendData(acquisition::frames::addressedRequest(0x82, 'K'));
-            }
+            ethernet_->Winsock1().SendData(acquisition::frames::addressedRequest(0x82, 'K'));
         }
     }
 }

@@ -1,7 +1,11 @@
 #include "links/NetworkScaleRows.h"
 
 #include "core/Dialogs.h"
+#include "core/Module1.h"
+#include "core/Yield.h"
+#include "core/store/Connection.h"
 #include "core/store/ScaleCfgTable.h"
+#include "links/ScaleEntry.h"
 
 #include <cmath>
 
@@ -55,6 +59,22 @@ std::optional<QList<QVariant>> networkScaleNetIds(core::Connection& connection,
         return std::nullopt;
     }
     return netIds;
+}
+
+void fillNetworkTable(core::Module1& m, core::Dialogs& dialogs) {
+    core::yieldToEvents();
+    m.clearscales();
+    auto connection = core::Connection::open(m.cfgconn);
+    const auto netIds = networkScaleNetIds(connection, dialogs);
+    if (!netIds) {
+        return;
+    }
+    m.scalecount = 0;
+    for (const QVariant& netId : *netIds) {
+        fillNetworkEntry(m, m.scalecount, netIdOf(netId), QStringLiteral("SCALE RS485 ID#"));
+        ++m.scalecount;
+    }
+    core::yieldToEvents();
 }
 
 } // namespace stellwyn::links

@@ -7,6 +7,7 @@
 namespace stellwyn::core {
 class Connection;
 class Dialogs;
+class Module1;
 } // namespace stellwyn::core
 
 namespace stellwyn::links {
@@ -17,5 +18,10 @@ namespace stellwyn::links {
 // before it touches its port.
 std::optional<QList<QVariant>> networkScaleNetIds(core::Connection& connection,
                                                   core::Dialogs& dialogs);
+
+// The table part of the "USB485" start, which the Ethernet starts share as it stands: clears
+// the scale tables and fills one entry for each scale of the list, "SCALE RS485 ID#" and its
+// NetID. Yields before and after; an empty or refused list leaves the table empty.
+void fillNetworkTable(core::Module1& m, core::Dialogs& dialogs);
 
 } // namespace stellwyn::links

@@ -171,23 +171,7 @@ void UsbLink::usb485_start() {
         dialogs_.message(QStringLiteral("i_init_fail"));
         return;
     }
-    usb485_filltable();
-}
-
-void UsbLink::usb485_filltable() {
-    core::yieldToEvents();
-    m_.clearscales();
-    auto connection = core::Connection::open(m_.cfgconn);
-    const auto netIds = networkScaleNetIds(connection, dialogs_);
-    if (!netIds) {
-        return;
-    }
-    m_.scalecount = 0;
-    for (const QVariant& netId : *netIds) {
-        fillNetworkEntry(m_, m_.scalecount, netIdOf(netId), QStringLiteral("SCALE RS485 ID#"));
-        ++m_.scalecount;
-    }
-    core::yieldToEvents();
+    fillNetworkTable(m_, dialogs_);
 }
 
 bool UsbLink::listDevice(int index, unsigned flags, QString& text) {

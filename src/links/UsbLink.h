@@ -30,8 +30,6 @@ public:
     void usb_start();
     // The "USB485" table: the adapter, then the network scales of the data folder.
     void usb485_start();
-    // The table part of usb485_start, which the Ethernet start reuses as it stands.
-    void usb485_filltable();
     // The activation's open of scale i on "USB", device i of the bus: its handle goes into
     // netid[i] and its line is set up at the baud rate of the scale's row. False, after saying
     // so, when the device does not open.

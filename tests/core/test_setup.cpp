@@ -2,6 +2,7 @@
 // control writes and when, which rows are shown, what is refused, and the device of a port.
 #include "SetupFixture.h"
 #include "core/LoadSettings.h"
+#include "core/ScaleAddress.h"
 #include "core/SerialDeviceList.h"
 
 #include <QDir>
@@ -57,6 +58,8 @@ private slots:
     void device_showsAndChangesThePortsEntryOfTheChosenPort();
     void blz1_blanksLeadingZeros_data();
     void blz1_blanksLeadingZeros();
+    void scaleAddress_isKeptOrRefusedWithANote_data();
+    void scaleAddress_isKeptOrRefusedWithANote();
 };
 
 void SetupTest::load_emptyScaleCfg_addsTheNetId130RowAndSaysSo_data() {
@@ -465,4 +468,61 @@ void SetupTest::blz1_blanksLeadingZeros() {
 }
 
 QTEST_GUILESS_MAIN(SetupTest)
+void SetupTest::scaleAddress_isKeptOrRefusedWithANote_data() {
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("kept"); // what the settings store holds afterwards
+    QTest::addColumn<QString>("connectsTo");
+    QTest::addColumn<bool>("refused");
+    QTest::newRow("host") << " scales.plant "
+                          << "scales.plant"
+                          << "scales.plant:2000" << false;
+    QTest::newRow("host:port") << "10.1.2.3:4001"
+                               << "10.1.2.3:4001"
+                               << "10.1.2.3:4001" << false;
+    QTest::newRow("bracketed IPv6 and port") << "[::1]:2100"
+                                             << "[::1]:2100"
+                                             << "[::1]:2100" << false;
+    QTest::newRow("bare IPv6") << "fe80::1"
+                               << "fe80::1"
+                               << "[fe80::1]:2000" << false;
+    QTest::newRow("emptied") << ""
+                             << ""
+                             << "" << false;
+    QTest::newRow("port 0") << "scales:0"
+                            << "old:2000"
+                            << "" << true;
+    QTest::newRow("port past 65535") << "scales:70000"
+                                     << "old:2000"
+                                     << "" << true;
+    QTest::newRow("no port after the colon") << "scales:"
+                                             << "old:2000"
+                                             << "" << true;
+    QTest::newRow("no host") << ":2000"
+                             << "old:2000"
+                             << "" << true;
+    QTest::newRow("blank inside") << "scale one"
+                                  << "old:2000"
+                                  << "" << true;
+}
+
+void SetupTest::scaleAddress_isKeptOrRefusedWithANote() {
+    QFETCH(QString, typed);
+    QFETCH(QString, kept);
+    QFETCH(QString, connectsTo);
+    QFETCH(bool, refused);
+    SetupFixture f;
+    core::storeScaleAddress(f.settings, QStringLiteral("old:2000"));
+    core::Setup& setup = f.load();
+    QCOMPARE(setup.c.txt_IP_address.text, QStringLiteral("old:2000"));
+
+    setup.c.txt_IP_address.text = typed;
+    setup.txt_IP_address_LostFocus();
+
+    QCOMPARE(core::storedScaleAddress(f.settings), kept);
+    QCOMPARE(setup.c.txt_IP_address.error.isEmpty(), !refused);
+    QString why;
+    const auto address = core::parseScaleAddress(typed, &why);
+    QCOMPARE(address ? address->text() : QString(), connectsTo);
+}
+
 #include "test_setup.moc"

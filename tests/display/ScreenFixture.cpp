@@ -46,7 +46,7 @@ display::Form1& ScreenFixture::newForm(links::FtdiApi* ftdiOverride) {
                                     link,
                                     [this](core::Timer& timer) { timers->drive(timer); }};
     display::Form1Calls calls;
-    calls.rf_setup = [this] { ++rfSetupCalls; };
+    calls.showStatus = [this](const QString& text) { statuses << text; };
     form_ = std::make_unique<display::Form1>(std::move(services), std::move(calls));
     return *form_;
 }

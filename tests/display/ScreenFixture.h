@@ -42,7 +42,8 @@ struct ScreenFixture {
     linkstest::ScriptedFtdi ftdi;
     links::UsbLink usb{m, ftdi, dialogs};
     QSet<int> missingPorts;
-    int rfSetupCalls = 0;
+    // What the screen put on the frame's status bar, in order.
+    QStringList statuses;
     // Declared before the timers, so that they go first and never tick a form that has gone.
     std::unique_ptr<display::Form1> form_;
     std::unique_ptr<links::UsbLink> usbOverride_;

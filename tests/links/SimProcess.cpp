@@ -46,9 +46,24 @@ SimProcess::SimProcess(const QStringList& arguments) {
     if (slavePath_.isEmpty()) {
         error_ = QString::fromLocal8Bit(process_.readAllStandardError());
     }
+    // With --no-pty the first line is the socket's; with both, the second.
+    QString tcpLine = slavePath_;
+    if (!tcpLine.startsWith(QStringLiteral("tcp ")) &&
+        arguments.contains(QStringLiteral("--tcp"))) {
+        while (!process_.canReadLine() && process_.waitForReadyRead(5000)) {
+        }
+        tcpLine = QString::fromLocal8Bit(process_.readLine()).trimmed();
+    }
+    if (tcpLine.startsWith(QStringLiteral("tcp "))) {
+        tcpPort_ = static_cast<quint16>(tcpLine.mid(4).toUInt());
+    }
 }
 
 SimProcess::~SimProcess() {
+    stop();
+}
+
+void SimProcess::stop() {
     if (process_.state() != QProcess::NotRunning) {
         process_.terminate();
         if (!process_.waitForFinished(3000)) {

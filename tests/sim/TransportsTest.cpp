@@ -156,7 +156,8 @@ void TransportsTest::tcp_answersARealSocket() {
                             "K\x83\x11"
                             "K",
                             6));
-    const QByteArray expected = QByteArray("\x82  ") + "  12.5\r\n" + "\x83  " + "   1.0\r\n";
+    // The greeting first, then the replies.
+    const QByteArray expected = QByteArray("?\r\n\x82  ") + "  12.5\r\n" + "\x83  " + "   1.0\r\n";
     QByteArray got;
     (void)QTest::qWaitFor(
         [&] {
