@@ -59,7 +59,12 @@ int createDatabase(const core::AppHome& home) {
 
 // Unattended, standard error carries the program's own messages one a line, for scripts to
 // read; the toolkit's notes about the desktop it runs on would only get in their way.
-void quietToolkitNotes(QtMsgType type, const QMessageLogContext&, const QString& text) {
+void quietToolkitNotes(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    // The program's own categories have their say: their rules decide what reaches here.
+    if (context.category != nullptr && qstrncmp(context.category, "stellwyn.", 9) == 0) {
+        printLine(stderr, QString::fromLatin1(context.category) + QStringLiteral(": ") + text);
+        return;
+    }
     if (type == QtCriticalMsg || type == QtFatalMsg) {
         printLine(stderr, QStringLiteral("qt: ") + text);
     }

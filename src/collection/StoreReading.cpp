@@ -5,6 +5,7 @@
 #include "core/Module1.h"
 #include "core/store/Connection.h"
 #include "core/store/DataColTable.h"
+#include "core/store/StoreLog.h"
 
 #include <QCoreApplication>
 #include <limits>
@@ -45,7 +46,11 @@ core::Connection& readingsFile(const QString& dataconn) {
 qint64 store_reading(core::Module1& m, const core::Clock& clock, const QString& scaleid,
                      const std::optional<QString>& reading) {
     try {
-        return core::insertReading(readingsFile(m.dataconn), scaleid, reading, clock.now());
+        const qint64 id =
+            core::insertReading(readingsFile(m.dataconn), scaleid, reading, clock.now());
+        // Written only once the commit has returned: every row named here is on the disk.
+        qCInfo(core::lcStore, "stored reading %lld", static_cast<long long>(id));
+        return id;
     } catch (const core::DatabaseError&) {
         // A file that went away or was replaced is opened afresh at the next store.
         held().connection.reset();
