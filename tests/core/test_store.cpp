@@ -79,7 +79,6 @@ private slots:
     void yesNo_writtenMinusOneAndAnyNonZeroReadsTrue();
     void writeSysCfg_storesWhatSetupSaves();
     void writeSysCfg_withoutRow_writesNothing();
-    void writeSlaveLayout_closedSlaveKeepsItsPlace();
 
     void activeRs485_filtersAndOrdersByNetId();
     void scaleCfgByType_splitsOnRs232();
@@ -329,28 +328,6 @@ void TestStore::writeSysCfg_withoutRow_writesNothing() {
     QVERIFY_THROWS_EXCEPTION(DatabaseError, readSysCfg(connectionText(home.path())));
     std::array<SlavePlace, kSavedSlaves> places{};
     QVERIFY_THROWS_EXCEPTION(DatabaseError, writeSlaveLayout(c, places));
-}
-
-void TestStore::writeSlaveLayout_closedSlaveKeepsItsPlace() {
-    TempHome home;
-    Connection c = openNew(home);
-    std::array<SlavePlace, kSavedSlaves> first{};
-    for (int k = 0; k < kSavedSlaves; ++k) {
-        first[static_cast<std::size_t>(k)] = {true, 100 + k, 200 + k};
-    }
-    writeSlaveLayout(c, first);
-    std::array<SlavePlace, kSavedSlaves> second = first;
-    second[3] = {false, 9999, 9999};
-    second[8] = {true, 11535, 4000};
-    writeSlaveLayout(c, second);
-
-    const SysCfgRecord row = *readSysCfg(c);
-    for (int k = 0; k < kSavedSlaves; ++k) {
-        const auto i = static_cast<std::size_t>(k);
-        QCOMPARE(row.slaveEnb[i].toInt(), k == 3 ? 0 : -1);
-        QCOMPARE(row.slaveLeft[i].toInt(), k == 8 ? 11535 : 100 + k);
-        QCOMPARE(row.slaveTop[i].toInt(), k == 8 ? 4000 : 200 + k);
-    }
 }
 
 void TestStore::activeRs485_filtersAndOrdersByNetId() {
