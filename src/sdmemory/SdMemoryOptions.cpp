@@ -32,6 +32,10 @@ void SdMemoryOptions::discover() {
             m_.sdtimezone = *shown;
         }
     }
+    // A drive chosen earlier in this run is known already; a card found now replaces it.
+    if (!m_.sddrivepath.isEmpty()) {
+        txt_Default_SD_Drive.text = m_.sddrivepath;
+    }
     CDriveInfo drive(queries_);
     // Every card found is taken in turn, so the last one in the list stands.
     for (const QString& root : queries_.roots()) {

@@ -63,24 +63,24 @@ SdMemoryOptionsView::SdMemoryOptionsView(SdMemoryOptions& logic, QGroupBox* grou
     connect(&logic, &SdMemoryOptions::changed, this, sync);
     connect(eraseAfter, &QCheckBox::toggled, this,
             [&logic](bool on) { logic.chk_erase_after_read.setValue(on ? 1 : 0); });
-    connect(read, &QPushButton::clicked, this, [this] {
-        // The screen takes no input while the file is read; only the progress's Cancel does.
-        group_->window()->setEnabled(false);
-        logic_.Read_Dat_File_Click();
-        group_->window()->setEnabled(true);
-    });
+    connect(read, &QPushButton::clicked, &logic, &SdMemoryOptions::Read_Dat_File_Click);
     connect(erase, &QPushButton::clicked, &logic, &SdMemoryOptions::Erase_Dat_File_Click);
     connect(setup, &QPushButton::clicked, &logic, &SdMemoryOptions::cmd_Setup_Click);
 
     logic.progress = [this](qint64 done, qint64 total) { return showProgress(done, total); };
     logic.progressDone = [this] {
-        delete progress_;
-        progress_ = nullptr;
+        if (progress_ != nullptr) {
+            delete progress_;
+            progress_ = nullptr;
+            group_->window()->setEnabled(true);
+        }
     };
 }
 
 bool SdMemoryOptionsView::showProgress(qint64 done, qint64 total) {
     if (progress_ == nullptr) {
+        // While a long file is read the screen takes no input; only the progress's Cancel does.
+        group_->window()->setEnabled(false);
         progress_ = new QProgressDialog(QStringLiteral("Reading KL.Dat..."),
                                         QStringLiteral("Cancel"), 0, 1000);
         progress_->setWindowTitle(QStringLiteral("KL.Dat"));
