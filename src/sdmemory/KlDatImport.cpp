@@ -4,7 +4,7 @@
 #include "core/store/Connection.h"
 
 #include <QFile>
-#include <QRegularExpression>
+#include <cstring>
 #include <optional>
 
 namespace stellwyn::sdmemory {
@@ -21,9 +21,23 @@ constexpr int progressEvery = 8192;
 double leadingNumber(const QString& text) {
     QString compact = text;
     compact.remove(u' ');
-    static const QRegularExpression number(QStringLiteral(R"(^[+-]?(\d+(\.\d*)?|\.\d+))"));
-    const QRegularExpressionMatch match = number.match(compact);
-    return match.hasMatch() ? match.captured(0).toDouble() : 0.0;
+    qsizetype end = 0;
+    if (end < compact.size() && (compact.at(end) == u'+' || compact.at(end) == u'-')) {
+        ++end;
+    }
+    bool digits = false;
+    bool point = false;
+    for (; end < compact.size(); ++end) {
+        const QChar c = compact.at(end);
+        if (c.isDigit()) {
+            digits = true;
+        } else if (c == u'.' && !point) {
+            point = true;
+        } else {
+            break;
+        }
+    }
+    return digits ? compact.left(end).toDouble() : 0.0;
 }
 
 // One line of the file and whether it could be kept.
@@ -32,34 +46,75 @@ struct RawLine {
     bool tooLong = false;
 };
 
-// Reads to the next CR, LF or CR LF. A line longer than the bound is consumed, not kept.
-std::optional<RawLine> nextLine(QFile& file) {
-    RawLine line;
-    char c = 0;
-    bool any = false;
-    while (file.getChar(&c)) {
-        any = true;
-        if (c == '\n') {
-            return line;
-        }
-        if (c == '\r') {
-            char next = 0;
-            if (file.peek(&next, 1) == 1 && next == '\n') {
-                file.getChar(&next);
+// Hands out the file's lines, each ended by CR, LF or CR LF, reading the file in large blocks.
+// A line longer than the bound is read past, not kept.
+class LineReader {
+public:
+    explicit LineReader(QFile& file) : file_(file) {}
+
+    bool next(RawLine& line) {
+        line.bytes.clear();
+        line.tooLong = false;
+        bool any = false;
+        for (;;) {
+            if (at_ == buffer_.size() && !fill()) {
+                return any;
             }
-            return line;
+            any = true;
+            const char* begin = buffer_.constData() + at_;
+            const auto available = static_cast<std::size_t>(buffer_.size() - at_);
+            const char* end = static_cast<const char*>(std::memchr(begin, '\n', available));
+            const char* cr = static_cast<const char*>(std::memchr(begin, '\r', available));
+            if (cr != nullptr && (end == nullptr || cr < end)) {
+                end = cr;
+            }
+            const qsizetype length =
+                (end == nullptr ? buffer_.constData() + buffer_.size() : end) - begin;
+            keep(line, begin, length);
+            at_ += length;
+            if (end == nullptr) {
+                continue;
+            }
+            ++at_;
+            if (*end == '\r') {
+                if (at_ < buffer_.size()) {
+                    at_ += buffer_.at(at_) == '\n' ? 1 : 0;
+                } else {
+                    skipLf_ = true;
+                }
+            }
+            return true;
         }
-        if (line.bytes.size() < maxLineBytes) {
-            line.bytes.append(c);
-        } else {
+    }
+    qint64 position() const { return file_.pos() - (buffer_.size() - at_); }
+
+private:
+    bool fill() {
+        buffer_ = file_.read(1 << 20);
+        at_ = 0;
+        if (skipLf_ && !buffer_.isEmpty()) {
+            skipLf_ = false;
+            if (buffer_.at(0) == '\n') {
+                at_ = 1;
+            }
+        }
+        return at_ < buffer_.size();
+    }
+    void keep(RawLine& line, const char* bytes, qsizetype length) {
+        const qsizetype room = maxLineBytes - line.bytes.size();
+        if (length > room) {
             line.tooLong = true;
+            length = room;
         }
+        line.bytes.append(bytes, length);
     }
-    if (!any) {
-        return std::nullopt;
-    }
-    return line;
-}
+
+    QFile& file_;
+    QByteArray buffer_;
+    qsizetype at_ = 0;
+    // A CR ended the last line; an LF straight after it belongs to that line end.
+    bool skipLf_ = false;
+};
 
 } // namespace
 
@@ -76,8 +131,13 @@ QString adjustedTime(const QString& hourText, const QString& rest, const QString
     } else if (timezone == u"Central Standard Time") {
         offset = 1;
     }
-    const QString hour =
-        offset == 0 ? hourText : QString::number(leadingNumber(hourText) - offset, 'g', 15);
+    QString hour = hourText;
+    if (offset != 0) {
+        const double value = leadingNumber(hourText) - offset;
+        const auto whole = static_cast<long long>(value);
+        hour = static_cast<double>(whole) == value ? QString::number(whole)
+                                                   : QString::number(value, 'g', 15);
+    }
     return hour + u':' + rest;
 }
 
@@ -148,11 +208,14 @@ KlImportResult importKlDat(const QString& path, core::Module1& m,
         core::ReadingImport import(connection);
         KlRecordParser parser(m, m.sdtimezone);
         int sinceReport = 0;
+        LineReader lines(file);
+        RawLine raw;
+        const RawLine* line = &raw;
         try {
-            while (std::optional<RawLine> line = nextLine(file)) {
+            while (lines.next(raw)) {
                 if (progress && ++sinceReport == progressEvery) {
                     sinceReport = 0;
-                    if (!progress(file.pos(), total)) {
+                    if (!progress(lines.position(), total)) {
                         result.cancelled = true;
                         break;
                     }
