@@ -3,10 +3,14 @@
 // time and the process's memory before, after and at its peak: the import keeps no more than
 // one line at a time, so memory should stay flat whatever the file's length.
 //
-//   sd_import [--lines N] [--dir DIR]
+//   sd_import [--lines N] [--dir DIR] [--no-indexes]
+//
+// --no-indexes imports into a file that has never had the collection grid open, so without the
+// indexes of the grid's orders.
 #include "core/Module1.h"
 #include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
+#include "core/store/DataColTable.h"
 #include "sdmemory/KlDatImport.h"
 
 #include <QCoreApplication>
@@ -59,6 +63,12 @@ int main(int argc, char** argv) {
     }
 
     core::createDatabase(dir);
+    if (!args.contains(QStringLiteral("--no-indexes"))) {
+        // The file as the program leaves it once the collection grid has been open: with the
+        // indexes of the grid's orders, which every stored row also goes into.
+        core::Connection connection = core::Connection::open(dir + QStringLiteral("/svdata.mdb"));
+        core::prepareReadingStore(connection);
+    }
     core::Module1 m;
     m.cfgconn = core::connectionText(dir);
     m.dataconn = m.cfgconn;

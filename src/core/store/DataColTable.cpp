@@ -77,6 +77,13 @@ QList<DataColRow> rowsOf(QSqlQuery& query) {
     return rows;
 }
 
+// Each row of a card also goes into the grid's order indexes, whose pages a long import visits
+// all over: with the default cache they would be written out and read back again and again.
+// The connection lives for the one import, so the larger cache goes with it.
+void raiseImportCache(Connection& connection) {
+    connection.run(QStringLiteral("pragma cache_size=-65536"));
+}
+
 } // namespace
 
 qint64 insertReading(Connection& connection, const QString& scaleId,
@@ -89,6 +96,7 @@ qint64 insertReading(Connection& connection, const QString& scaleId,
 
 ReadingImport::ReadingImport(Connection& connection)
     : transaction_(connection), insert_(connection.database()) {
+    raiseImportCache(connection);
     if (!insert_.prepare(kInsert)) {
         throw DatabaseError(insert_.lastError().text());
     }
