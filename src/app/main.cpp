@@ -33,6 +33,11 @@
 #include "links/SerialPort.h"
 #include "links/SerialPortFactory.h"
 #include "links/UsbLink.h"
+#include "sdmemory/LinuxDriveQueries.h"
+#include "sdmemory/SdMemoryOptions.h"
+#include "sdmemory/SdMemoryOptionsView.h"
+#include "sdmemory/SdSetting.h"
+#include "sdmemory/SdSettingView.h"
 
 #include <cstdio>
 #include <memory>
@@ -185,10 +190,19 @@ int main(int argc, char** argv) {
     // The Setup screen, modal over the frame. Unattended it cannot be shown, so, as a modal
     // chooser does there, it counts as cancelled: it loads (with its messages and the writes
     // of its load) and closes at once.
+    sdmemory::LinuxDriveQueries driveQueries;
     frame.showSetupModal = [&] {
         core::Setup setup(m, *dialogs, home, settings);
         setup.showGetdatapath = [](core::Getdatapath& chooser) {
             core::GetdatapathView view(chooser, QApplication::activeModalWidget());
+            view.exec();
+        };
+        sdmemory::SdMemoryOptions sdOptions(m, *dialogs, driveQueries);
+        setup.findSdMemory = [&sdOptions](core::Setup&) { sdOptions.discover(); };
+        sdOptions.showSdSetting = [&] {
+            sdmemory::SdSetting form(m, *dialogs, driveQueries);
+            form.Form_Load();
+            sdmemory::SdSettingView view(form, QApplication::activeModalWidget());
             view.exec();
         };
         if (!setup.Form_Load()) {
@@ -199,6 +213,7 @@ int main(int argc, char** argv) {
             return;
         }
         core::SetupView view(setup, frameView.get());
+        sdmemory::SdMemoryOptionsView sdView(sdOptions, view.sdMemoryGroup());
         view.exec();
     };
 

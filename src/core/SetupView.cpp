@@ -297,6 +297,7 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     sd->setObjectName(QStringLiteral("SD_Mem_Op"));
     sd->setLayout(new QVBoxLayout);
     sd->setEnabled(false);
+    sdGroup_ = sd;
 
     QPushButton* ok = button("OK", c.OK);
     ok->setDefault(true);

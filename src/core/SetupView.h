@@ -29,6 +29,8 @@ public:
 
     // Draws every control from the state again.
     void sync();
+    // The "SD Memory Options" group, empty and disabled until the SD memory part fills it.
+    QGroupBox* sdMemoryGroup() const { return sdGroup_; }
 
 protected:
     void reject() override;
@@ -43,6 +45,7 @@ private:
     void focusField(int index);
 
     Setup& logic_;
+    QGroupBox* sdGroup_ = nullptr;
     std::vector<std::function<void()>> syncs_;
     QHash<QObject*, std::function<void()>> lostFocus_;
 };

@@ -2,6 +2,7 @@
 
 #include "core/store/StoredValues.h"
 
+#include <QSqlError>
 #include <algorithm>
 
 namespace stellwyn::core {
@@ -76,6 +77,13 @@ QList<DataColRow> rowsOf(QSqlQuery& query) {
     return rows;
 }
 
+// Each row of a card also goes into the grid's order indexes, whose pages a long import visits
+// all over: with the default cache they would be written out and read back again and again.
+// The connection lives for the one import, so the larger cache goes with it.
+void raiseImportCache(Connection& connection) {
+    connection.run(QStringLiteral("pragma cache_size=-65536"));
+}
+
 } // namespace
 
 qint64 insertReading(Connection& connection, const QString& scaleId,
@@ -86,30 +94,51 @@ qint64 insertReading(Connection& connection, const QString& scaleId,
     return query.lastInsertId().toLongLong();
 }
 
+ReadingImport::ReadingImport(Connection& connection)
+    : transaction_(connection), insert_(connection.database()) {
+    raiseImportCache(connection);
+    if (!insert_.prepare(kInsert)) {
+        throw DatabaseError(insert_.lastError().text());
+    }
+}
+
+void ReadingImport::add(const ImportedReading& record) {
+    const QString date = storedDateFromLogText(record.date);
+    const QString time = storedTimeFromLogText(record.time);
+    if (date.isNull() || time.isNull()) {
+        throw DatabaseError(QStringLiteral("Record %1 of the import has a date \"%2\" and time "
+                                           "\"%3\" that cannot be stored.")
+                                .arg(stored_ + 1)
+                                .arg(record.date, record.time));
+    }
+    const QVariant values[] = {record.scaleId, record.group, record.reading,
+                               time,           date,         record.tagId};
+    for (int i = 0; i < 6; ++i) {
+        insert_.bindValue(i, values[i]);
+    }
+    if (!insert_.exec()) {
+        throw DatabaseError(insert_.lastError().text());
+    }
+    ++stored_;
+}
+
+void ReadingImport::commit() {
+    insert_.finish();
+    transaction_.commit();
+}
+
 int insertImportedReadings(Connection& connection, const QList<ImportedReading>& records) {
-    Transaction transaction(connection);
-    int stored = 0;
+    ReadingImport import(connection);
     try {
         for (const ImportedReading& record : records) {
-            const QString date = storedDateFromLogText(record.date);
-            const QString time = storedTimeFromLogText(record.time);
-            if (date.isNull() || time.isNull()) {
-                throw DatabaseError(
-                    QStringLiteral("Record %1 of the import has a date \"%2\" and time \"%3\" "
-                                   "that cannot be stored.")
-                        .arg(stored + 1)
-                        .arg(record.date, record.time));
-            }
-            connection.run(
-                kInsert, {record.scaleId, record.group, record.reading, time, date, record.tagId});
-            ++stored;
+            import.add(record);
         }
     } catch (const DatabaseError&) {
-        transaction.commit();
+        import.commit();
         throw;
     }
-    transaction.commit();
-    return stored;
+    import.commit();
+    return import.stored();
 }
 
 void deleteAllReadings(Connection& connection) {

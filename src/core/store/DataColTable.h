@@ -42,6 +42,23 @@ struct ImportedReading {
     QString tagId;
 };
 
+// Stores a card's records one by one inside one transaction, so that a long file needs neither
+// a transaction per row nor all its rows in memory. A record whose date or time the store cannot
+// take throws a DatabaseError that names it; the records added before it are kept by commit(),
+// which the importer calls also when it stops early. Uncommitted, the records are dropped.
+class ReadingImport {
+public:
+    explicit ReadingImport(Connection& connection);
+    void add(const ImportedReading& record);
+    void commit();
+    int stored() const { return stored_; }
+
+private:
+    Transaction transaction_;
+    QSqlQuery insert_;
+    int stored_ = 0;
+};
+
 // Stores the records in their order as one write. A record whose date or time the store
 // cannot take stops the import there: the records before it are kept (as they were kept one by
 // one before), and a DatabaseError names the record. Returns the number stored.

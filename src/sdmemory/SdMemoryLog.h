@@ -1,0 +1,7 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+namespace stellwyn::sdmemory {
+Q_DECLARE_LOGGING_CATEGORY(sdmemoryLog)
+}
