@@ -25,6 +25,7 @@
 #include "sim/Bus.h"
 #include "sim/InProcessLink.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace stellwyn;
@@ -523,10 +524,14 @@ void ModeTimersTest::timer1_onTheRealClock_scansTheSimulatorThroughTheKernelBack
                                  m.scaleweight[1].contains(QStringLiteral("7.5")),
                              5000);
     f.opt_single.setValue(true);
-    // The passes asked each scale in turn and nothing else.
-    const QByteArray received = sim.received();
-    QVERIFY(received.startsWith(bytes({0x82, 0x11, '1', 0x83, 0x11, '1'})));
-    QCOMPARE(received.count(bytes({0x82, 0x11, '1'})), received.count(bytes({0x83, 0x11, '1'})));
+    // The passes asked each scale in turn and nothing else; the last pass may have been cut
+    // short by the change of mode.
+    QByteArray turns = sim.received();
+    turns.replace(bytes({0x82, 0x11, '1'}), "a");
+    turns.replace(bytes({0x83, 0x11, '1'}), "b");
+    QVERIFY2(turns.size() >= 2 && QString::fromLatin1(turns).contains(
+                                      QRegularExpression(QStringLiteral("^(ab)+a?$"))),
+             turns.toHex(' ').constData());
 }
 
 QTEST_GUILESS_MAIN(ModeTimersTest)
