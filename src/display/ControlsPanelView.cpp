@@ -26,8 +26,9 @@ ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent)
     setObjectName(QStringLiteral("vsElastic2"));
     core::Form1Controls& f = form_.controls();
 
-    bound_.label(f.Label1, this, {120, 60, 2700, 240}, "Label1");
+    QLabel* activeScale = bound_.label(f.Label1, this, {120, 60, 2700, 240}, "Label1");
     combo_ = bound_.placed(new QComboBox(this), {120, 300, 2700, 330});
+    activeScale->setBuddy(combo_);
     combo_->setObjectName(QStringLiteral("Combo1"));
     combo_->setToolTip(QStringLiteral("Use this to select a scale to display on the main screen."));
     connect(combo_, &QComboBox::activated, this, [this](int index) {
@@ -63,8 +64,9 @@ ControlsPanelView::ControlsPanelView(Form1& form, QWidget* parent)
         ->setToolTip(QStringLiteral("When using the single scale operating mode, use this to poll "
                                     "the scale for readings at regular intervals."));
     bound_.check(f.chk_frame, mode, {1440, 540, 1300, 255}, "chk_frame");
-    bound_.label(f.Label2, mode, {120, 840, 1000, 255}, "Label2");
+    QLabel* pollTime = bound_.label(f.Label2, mode, {120, 840, 1000, 255}, "Label2");
     polltime_ = bound_.placed(new QLineEdit(mode), {1140, 810, 900, 300});
+    pollTime->setBuddy(polltime_);
     polltime_->setObjectName(QStringLiteral("txt_polltime"));
     polltime_->setToolTip(QStringLiteral(
         "In single mode, sets the interval time for auto updates. In network mode, determines how "

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 #include <optional>
+#include <vector>
 
 class QLabel;
 class QLineEdit;
@@ -20,6 +21,7 @@ class IndicatorPictureView : public QWidget {
     Q_OBJECT
 public:
     IndicatorPictureView(Form1& form, QWidget* parent = nullptr);
+    ~IndicatorPictureView() override;
 
     // Pixels per design twip.
     void setScale(double scale);
@@ -36,7 +38,12 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    class KeyButton;
+
     QPoint toDesign(const QPointF& pixels) const;
+    void showPressed(std::optional<int> keycode);
+    // Presses the key at a point of the design, as a pointer moved there and clicked would.
+    void pressKey(const QPoint& at);
     void placeChildren();
 
     Form1& form_;
@@ -45,6 +52,7 @@ private:
     QLineEdit* groupnum_;
     QLabel* datamsg_;
     std::optional<int> pressedKey_;
+    std::vector<KeyButton*> keys_;
     QString shownFace_;
 };
 

@@ -8,6 +8,7 @@
 #include "links/SimFtdi.h"
 #include "sim/WireTime.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFontDatabase>
 #include <QLabel>
@@ -51,6 +52,7 @@ private slots:
     void screenLabel_showsTheReplyOfTheChosenScale();
     void keypad_hitsTheKeyDrawnThere_data();
     void keypad_hitsTheKeyDrawnThere();
+    void keypad_keysByShortcutAndAccessibleName();
     void slave_followsItsScaleAndSelectsItOnClick();
     void readingWithLetters_takesTheFourteenSegmentFace_data();
     void readingWithLetters_takesTheFourteenSegmentFace();
@@ -110,6 +112,32 @@ void Form1ViewTest::keypad_hitsTheKeyDrawnThere() {
     sendMouse(picture, QEvent::MouseButtonPress, gap);
     sendMouse(picture, QEvent::MouseButtonRelease, gap);
     QCOMPARE(screen.s.dialogs.said, QStringList{QStringLiteral("beep")});
+}
+
+void Form1ViewTest::keypad_keysByShortcutAndAccessibleName() {
+    SimScreen screen;
+    screen.view.show();
+    QApplication::setActiveWindow(&screen.view);
+    QVERIFY(QTest::qWaitForWindowActive(&screen.view));
+    // The screen is in network mode: a key waits for the next pass. A shortcut shows the key
+    // pressed for a moment before it acts.
+    QTest::keyClick(&screen.view, Qt::Key_7);
+    QTRY_COMPARE(screen.s.m.keypending, 1);
+    QCOMPARE(screen.s.m.keycode, 7);
+    QTest::keyClick(&screen.view, Qt::Key_Period);
+    QTRY_COMPARE(screen.s.m.keycode, 10);
+
+    QAbstractButton* enter = nullptr;
+    for (auto* key : screen.view.picture()->findChildren<QAbstractButton*>()) {
+        if (key->accessibleName() == u"E") {
+            enter = key;
+        }
+    }
+    QVERIFY(enter != nullptr);
+    enter->setFocus();
+    QTest::keyClick(enter, Qt::Key_Space);
+    QCOMPARE(screen.s.m.keycode, 11);
+    QVERIFY(screen.s.dialogs.said.isEmpty());
 }
 
 void Form1ViewTest::slave_followsItsScaleAndSelectsItOnClick() {
