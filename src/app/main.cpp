@@ -9,6 +9,7 @@
 #include "FrmMainView.h"
 #include "StellwynApplication.h"
 #include "Version.h"
+#include "collection/SpreadsheetFactory.h"
 #include "core/AppHome.h"
 #include "core/Clock.h"
 #include "core/Dialogs.h"
@@ -162,6 +163,8 @@ int main(int argc, char** argv) {
     // uses of the main screen. They are made at the first use of the screen.
     std::unique_ptr<links::FtdiApi> ftdi;
     std::unique_ptr<links::UsbLink> usb;
+    const std::unique_ptr<collection::SpreadsheetApp> spreadsheet =
+        collection::makeSpreadsheetApp();
 
     app::FrmMain frame(m, *dialogs, settings);
     std::unique_ptr<app::FrmMainView> frameView;
@@ -246,7 +249,8 @@ int main(int argc, char** argv) {
                                         [&settings] { return links::makeSerialPort(settings); },
                                         ftdi.get(),
                                         usb.get(),
-                                        {}};
+                                        {},
+                                        spreadsheet.get()};
         display::Form1Calls calls;
         calls.showStatus = [&frameView, &dialogs](const QString& text) {
             if (frameView) {
