@@ -9,8 +9,10 @@
 #include "FrmMainView.h"
 #include "StellwynApplication.h"
 #include "Version.h"
+#include "collection/ReadingExport.h"
 #include "collection/SpreadsheetFactory.h"
 #include "core/AppHome.h"
+#include "core/CfgTxt.h"
 #include "core/Clock.h"
 #include "core/Dialogs.h"
 #include "core/FatalError.h"
@@ -21,6 +23,7 @@
 #include "core/Setup.h"
 #include "core/SetupView.h"
 #include "core/WidgetDialogsView.h"
+#include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
 #include "display/Form1.h"
 #include "display/Form1Host.h"
@@ -35,6 +38,7 @@
 #include "links/SerialPortFactory.h"
 #include "links/UsbLink.h"
 
+#include <QFileInfo>
 #include <cstdio>
 #include <memory>
 
@@ -56,6 +60,34 @@ int createDatabase(const core::AppHome& home) {
                               .arg(core::displayPath(path)));
     }
     return 0;
+}
+
+// The readings of the data folder that cfg.txt names, as the running program would keep them.
+int exportReadings(const core::AppHome& home, const QString& file) {
+    const std::optional<QString> folder =
+        core::cfgtxt::readFirstField(home.file(QStringLiteral("cfg.txt")));
+    const QString dataconn = core::connectionText(folder.value_or(QString()));
+    const QString database = core::dataSourceOf(dataconn);
+    if (!folder || !QFileInfo(database).isFile()) {
+        printLine(stderr, QStringLiteral("stellwyn: no readings to export: %1 names no data "
+                                         "folder with svdata.mdb; start the program once first")
+                              .arg(core::displayPath(home.file(QStringLiteral("cfg.txt")))));
+        return 1;
+    }
+    try {
+        core::Connection connection = core::Connection::open(dataconn);
+        const qint64 rows =
+            collection::exportReadings(connection, core::DataColOrder::storeOrder, file);
+        printLine(stdout, QStringLiteral("exported %1 readings to %2")
+                              .arg(rows)
+                              .arg(core::displayPath(QFileInfo(file).absoluteFilePath())));
+        return 0;
+    } catch (const collection::ExportError& error) {
+        printLine(stderr, QStringLiteral("stellwyn: ") + error.text());
+    } catch (const core::FatalError& error) {
+        printLine(stderr, QStringLiteral("stellwyn: ") + error.text());
+    }
+    return 1;
 }
 
 // Unattended, standard error carries the program's own messages one a line, for scripts to
@@ -109,6 +141,11 @@ int main(int argc, char** argv) {
             printLine(stderr, QStringLiteral("stellwyn: ") + error.text());
             return 1;
         }
+    }
+
+    if (!options.exportFile.isEmpty()) {
+        QCoreApplication tool(argc, argv);
+        return exportReadings(home, options.exportFile);
     }
 
     if (options.unattended) {
