@@ -106,6 +106,8 @@ void CalcOutputTest::saveCurrentThenSaveAll_landOnTheirRowsUnderTheHeader() {
     QCOMPARE(office_->value(doc, 2, 4), double(QDate(1899, 12, 30).daysTo(QDate(2026, 5, 4))));
     QCOMPARE(office_->kind(doc, 2, 3), QStringLiteral("value"));
     QVERIFY(qAbs(office_->value(doc, 2, 3) * 86400 - (9 * 3600 + 30 * 60 + 15)) < 0.01);
+    QCOMPARE(office_->text(doc, 2, 4), QStringLiteral("2026-05-04"));
+    QCOMPARE(office_->text(doc, 2, 3), QStringLiteral("09:30:15"));
 
     // Rows 1 (Save Current) then 2 to 4: the rows of IDs 2, 3, 4 land on sheet rows 3, 4, 5.
     p.f.btn_dataLogAll.Click();

@@ -2,6 +2,7 @@
 
 #include <QDate>
 #include <QTime>
+#include <com/sun/star/beans/XPropertySet.hpp>
 #include <com/sun/star/bridge/UnoUrlResolver.hpp>
 #include <com/sun/star/bridge/XUnoUrlResolver.hpp>
 #include <com/sun/star/container/XEnumeration.hpp>
@@ -13,6 +14,7 @@
 #include <com/sun/star/frame/XFrame.hpp>
 #include <com/sun/star/frame/XFrames.hpp>
 #include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/lang/Locale.hpp>
 #include <com/sun/star/lang/XComponent.hpp>
 #include <com/sun/star/sheet/XSpreadsheet.hpp>
 #include <com/sun/star/sheet/XSpreadsheetDocument.hpp>
@@ -20,6 +22,8 @@
 #include <com/sun/star/sheet/XSpreadsheets.hpp>
 #include <com/sun/star/table/XCell.hpp>
 #include <com/sun/star/uno/XComponentContext.hpp>
+#include <com/sun/star/util/XNumberFormats.hpp>
+#include <com/sun/star/util/XNumberFormatsSupplier.hpp>
 #include <cppuhelper/bootstrap.hxx>
 #include <rtl/bootstrap.hxx>
 #include <vector>
@@ -75,9 +79,18 @@ spreadsheetDocuments(const Reference<css::frame::XDesktop2>& desktop) {
     return documents;
 }
 
+// The number format of the document for a format code, added to the document when it has none.
+sal_Int32 formatKey(const Reference<css::util::XNumberFormats>& formats, const OUString& code) {
+    const css::lang::Locale neutral;
+    const sal_Int32 key = formats->queryKey(code, neutral, false);
+    return key >= 0 ? key : formats->addNew(code, neutral);
+}
+
 class CalcSheet final : public Worksheet {
 public:
-    explicit CalcSheet(Reference<css::sheet::XSpreadsheet> sheet) : sheet_(std::move(sheet)) {}
+    CalcSheet(Reference<css::sheet::XSpreadsheet> sheet,
+              Reference<css::util::XNumberFormats> formats)
+        : sheet_(std::move(sheet)), formats_(std::move(formats)) {}
 
     void setCell(int row, int column, const QVariant& value) override {
         office([&] {
@@ -87,16 +100,17 @@ public:
             case QMetaType::LongLong:
                 cell->setValue(value.toDouble());
                 break;
-            // Entered as a user would type them, so that Calc keeps a date and a time, each
-            // in its own format, whatever the document's locale.
+            // A date and a time are values in a date and a time format, as Excel shows them.
             case QMetaType::QDate:
-                cell->setFormula(toOUString(value.toDate().toString(Qt::ISODate)));
+                cell->setValue(static_cast<double>(calcEpoch.daysTo(value.toDate())));
+                setFormat(cell, "YYYY-MM-DD");
                 break;
             case QMetaType::QTime:
-                cell->setFormula(toOUString(value.toTime().toString(QStringLiteral("HH:mm:ss"))));
+                cell->setValue(value.toTime().msecsSinceStartOfDay() / msecsPerDay);
+                setFormat(cell, "HH:MM:SS");
                 break;
             default:
-                // A text goes in as typed too, as it would into Excel: "  12.5" becomes a number.
+                // A text goes in as typed, as it would into Excel: "  12.5" becomes a number.
                 cell->setFormula(toOUString(value.toString()));
                 break;
             }
@@ -104,7 +118,17 @@ public:
     }
 
 private:
+    static constexpr double msecsPerDay = 86400000.0;
+    static inline const QDate calcEpoch{1899, 12, 30};
+
+    void setFormat(const Reference<css::table::XCell>& cell, const char* code) {
+        Reference<css::beans::XPropertySet> properties(cell, UNO_QUERY_THROW);
+        properties->setPropertyValue(
+            "NumberFormat", css::uno::Any(formatKey(formats_, OUString::createFromAscii(code))));
+    }
+
     Reference<css::sheet::XSpreadsheet> sheet_;
+    Reference<css::util::XNumberFormats> formats_;
 };
 
 class CalcBook final : public Workbook {
@@ -126,7 +150,8 @@ public:
                                                                UNO_QUERY_THROW);
                 sheet.set(sheets->getByIndex(0), UNO_QUERY_THROW);
             }
-            return std::make_unique<CalcSheet>(sheet);
+            Reference<css::util::XNumberFormatsSupplier> formats(document_, UNO_QUERY_THROW);
+            return std::make_unique<CalcSheet>(sheet, formats->getNumberFormats());
         });
     }
 
