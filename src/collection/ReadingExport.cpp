@@ -94,6 +94,10 @@ public:
             return;
         }
         sheet_ = workbook_add_worksheet(book_, "datacol");
+        // Wide enough that a date shows as a date, not as "###".
+        worksheet_set_column(sheet_, 1, 2, 14, nullptr);
+        worksheet_set_column(sheet_, 3, 3, 11, nullptr);
+        worksheet_set_column(sheet_, 4, 4, 9, nullptr);
         date_ = workbook_add_format(book_);
         format_set_num_format(date_, "yyyy-mm-dd");
         time_ = workbook_add_format(book_);
