@@ -1,7 +1,10 @@
 // Exported readings read back by readers that share nothing with the writer: every field of
 // every row, in the grid's order, whatever the descriptions hold.
+#include "RecordingDialogs.h"
 #include "TempHome.h"
+#include "collection/CollectionGrid.h"
 #include "collection/ReadingExport.h"
+#include "core/Form1Controls.h"
 #include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
 #include "core/store/DataColTable.h"
@@ -41,6 +44,28 @@ QJsonArray readBack(const QString& path) {
     return QJsonDocument::fromJson(reader.readAllStandardOutput()).array();
 }
 
+// The collection pane's grid over a database of awkward rows, exporting to the file the
+// operator names.
+struct Pane {
+    Pane() : grid(f, dialogs) {
+        core::createDatabase(home.path());
+        f.data2.ConnectionString = core::connectionText(home.path());
+        f.data2.RecordSource = collection::CollectionGrid::baseQuery;
+        core::Connection c = db();
+        storeAwkwardRows(c);
+        grid.chooseExportFile = [this] { return chosen; };
+        grid.attach();
+    }
+    core::Connection db() { return core::Connection::open(f.data2.ConnectionString); }
+    QString file(const char* name) const { return QDir(home.path()).filePath(QLatin1String(name)); }
+
+    testsupport::TempHome home;
+    core::Form1Controls f;
+    testsupport::RecordingDialogs dialogs;
+    collection::CollectionGrid grid;
+    QString chosen;
+};
+
 QStringList texts(const core::DataColRow& row) {
     return {
         QString::number(row.id), row.scaleId,         row.reading.toString(), row.date, row.time,
@@ -59,31 +84,35 @@ private slots:
 };
 
 void ExportTest::csv_readsBackEqualInTheGridsOrder_data() {
+    QTest::addColumn<QString>("option");
     QTest::addColumn<DataColOrder>("order");
-    QTest::newRow("stored") << DataColOrder::storeOrder;
-    QTest::newRow("by date and time") << DataColOrder::byDateTime;
-    QTest::newRow("by description") << DataColOrder::byScaleId;
+    QTest::newRow("by ID") << "opt_ID" << DataColOrder::byId;
+    QTest::newRow("by date and time") << "opt_datetime" << DataColOrder::byDateTime;
+    QTest::newRow("by scale") << "opt_desc" << DataColOrder::byScaleId;
 }
 
 void ExportTest::csv_readsBackEqualInTheGridsOrder() {
+    QFETCH(QString, option);
     QFETCH(DataColOrder, order);
-    testsupport::TempHome home;
-    core::createDatabase(home.path());
-    core::Connection c = core::Connection::open(core::connectionText(home.path()));
-    storeAwkwardRows(c);
-    const QString path = QDir(home.path()).filePath(QStringLiteral("readings.csv"));
+    Pane p;
+    core::OptionButton* sortBy = option == u"opt_ID"         ? &p.f.opt_ID
+                                 : option == u"opt_datetime" ? &p.f.opt_datetime
+                                                             : &p.f.opt_desc;
+    sortBy->setValue(true);
+    p.chosen = p.file("readings.csv");
+    p.f.btn_export.Click();
 
-    QCOMPARE(collection::exportReadings(c, order, path), 4);
-
+    core::Connection c = p.db();
     QList<QStringList> expected{{"ID", "ScaleID", "Reading", "Date", "Time", "Group", "TagID"}};
     for (const core::DataColRow& row : core::readings(c, order)) {
         expected << texts(row);
     }
     QList<QStringList> got;
-    for (const QJsonValue& row : readBack(path)) {
+    for (const QJsonValue& row : readBack(p.chosen)) {
         got << row.toVariant().toStringList();
     }
     QCOMPARE(got, expected);
+    QCOMPARE(p.dialogs.texts(), QStringList{});
 }
 
 void ExportTest::xlsx_holdsTheRowsWithTypedDateAndTime() {
@@ -121,18 +150,16 @@ void ExportTest::xlsx_holdsTheRowsWithTypedDateAndTime() {
 }
 
 void ExportTest::badName_saysSoAndLeavesTheFileAlone() {
-    testsupport::TempHome home;
-    core::createDatabase(home.path());
-    core::Connection c = core::Connection::open(core::connectionText(home.path()));
-    storeAwkwardRows(c);
-    const QString path = QDir(home.path()).filePath(QStringLiteral("readings.txt"));
-    QFile old(path);
+    Pane p;
+    p.chosen = p.file("readings.txt");
+    QFile old(p.chosen);
     QVERIFY(old.open(QIODevice::WriteOnly));
     old.write("kept");
     old.close();
+    p.f.btn_export.Click();
 
-    QVERIFY_THROWS_EXCEPTION(collection::ExportError,
-                             collection::exportReadings(c, DataColOrder::byId, path));
+    QCOMPARE(p.dialogs.texts().size(), 1);
+    QVERIFY(p.dialogs.texts().first().startsWith(u"message: The readings could not be written"));
     QVERIFY(old.open(QIODevice::ReadOnly));
     QCOMPARE(old.readAll(), QByteArray("kept"));
 }
