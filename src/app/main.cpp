@@ -62,16 +62,15 @@ int createDatabase(const core::AppHome& home) {
     return 0;
 }
 
-// The readings of the data folder that cfg.txt names, as the running program would keep them.
+// The readings of the data folder that cfg.txt names; without cfg.txt, the home's, as the first
+// start would make it. Nothing is written to the home.
 int exportReadings(const core::AppHome& home, const QString& file) {
-    const std::optional<QString> folder =
-        core::cfgtxt::readFirstField(home.file(QStringLiteral("cfg.txt")));
-    const QString dataconn = core::connectionText(folder.value_or(QString()));
-    const QString database = core::dataSourceOf(dataconn);
-    if (!folder || !QFileInfo(database).isFile()) {
-        printLine(stderr, QStringLiteral("stellwyn: no readings to export: %1 names no data "
-                                         "folder with svdata.mdb; start the program once first")
-                              .arg(core::displayPath(home.file(QStringLiteral("cfg.txt")))));
+    const QString cfg = home.file(QStringLiteral("cfg.txt"));
+    const QString folder = core::cfgtxt::readFirstField(cfg).value_or(home.folder());
+    const QString dataconn = core::connectionText(folder);
+    if (!QFileInfo(core::dataSourceOf(dataconn)).isFile()) {
+        printLine(stderr, QStringLiteral("stellwyn: no readings to export: %1 holds no svdata.mdb")
+                              .arg(core::displayPath(folder)));
         return 1;
     }
     try {
