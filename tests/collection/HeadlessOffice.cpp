@@ -202,8 +202,4 @@ double HeadlessOffice::value(int document, int row, int column) {
     return uno_->cell(document, row, column, -1)->getValue();
 }
 
-void HeadlessOffice::setText(int document, int row, int column, const QString& text) {
-    uno_->cell(document, row, column, -1)->setFormula(ou(text));
-}
-
 } // namespace stellwyn::testsupport

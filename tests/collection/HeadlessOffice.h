@@ -30,7 +30,6 @@ public:
     QString text(int document, int row, int column, int sheet = -1);
     QString kind(int document, int row, int column, int sheet = -1);
     double value(int document, int row, int column);
-    void setText(int document, int row, int column, const QString& text);
 
 private:
     struct Uno;

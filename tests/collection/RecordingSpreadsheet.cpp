@@ -12,9 +12,8 @@ public:
     FakeSheet(RecordingSpreadsheet& app, int book, int sheet)
         : app_(app), book_(book), sheet_(sheet) {}
     void setCell(int row, int column, const QVariant& value) override {
-        RecordingSpreadsheet::Book& book = app_.books[book_];
-        RecordingSpreadsheet::Sheet& sheet = book.sheets[sheet_];
-        if (book.closed || sheet.locked) {
+        RecordingSpreadsheet::Sheet& sheet = app_.books[book_].sheets[sheet_];
+        if (sheet.locked) {
             throw SpreadsheetError(QStringLiteral("Sheet refuses writes"));
         }
         sheet.cells[{row, column}] = value;

@@ -8,9 +8,9 @@
 
 namespace stellwyn::testsupport {
 
-// A spreadsheet program in memory: open or not, its workbooks in the program's order, each with
-// sheets and an active one, and cells by row and column. A protected sheet or a closed workbook
-// refuses writes, as a real office does.
+// A spreadsheet program in memory: running or not, its workbooks in the order they were opened,
+// each with sheets and an active one, and cells by row and column. A protected sheet refuses
+// writes, as a real office's does.
 class RecordingSpreadsheet final : public collection::SpreadsheetApp {
 public:
     struct Sheet {
@@ -20,7 +20,6 @@ public:
     struct Book {
         QList<Sheet> sheets{Sheet{}};
         int active = 0;
-        bool closed = false;
     };
 
     std::unique_ptr<collection::SpreadsheetApplication> attach() override;

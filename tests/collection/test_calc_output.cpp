@@ -1,5 +1,6 @@
 // Readings into a real LibreOffice Calc, started once for this program with a profile and a
-// pipe of its own: where rows land, the two messages, and an exported XLSX opened in it.
+// pipe of its own: where the rows land and in what kind of cell, which document and sheet take
+// them, what attaching finds, and an exported XLSX opened in it.
 #include "HeadlessOffice.h"
 #include "RecordingDialogs.h"
 #include "TempHome.h"
@@ -62,10 +63,8 @@ private slots:
     void initTestCase();
     void init();
     void saveCurrentThenSaveAll_landOnTheirRowsUnderTheHeader();
-    void header_overwrittenByTheUser_comesBack();
     void twoDocuments_onlyTheFirstOnItsActiveSheetIsWritten();
-    void noSpreadsheet_saysSoAndUnticks();
-    void noOffice_saysSoAtOnceAndKeepsTheRow();
+    void attach_findsNoOfficeOrNoSpreadsheet();
     void xlsxExport_opensWithTheSameRows();
 
 private:
@@ -120,18 +119,6 @@ void CalcOutputTest::saveCurrentThenSaveAll_landOnTheirRowsUnderTheHeader() {
     QCOMPARE(p.dialogs.texts(), QStringList{});
 }
 
-void CalcOutputTest::header_overwrittenByTheUser_comesBack() {
-    const int doc = office_->newSpreadsheet();
-    office_->setText(doc, 1, 2, QStringLiteral("Weight"));
-    office_->setText(doc, 2, 1, QStringLiteral("the user's"));
-    Pane p(office_->pipe());
-    p.f.Combo1.setListIndex(0);
-    p.f.btn_LogData.Click();
-
-    QCOMPARE(row(doc, 1), QStringLiteral("ScaleID|Reading|Time|Date|ID"));
-    QCOMPARE(office_->text(doc, 2, 1), QStringLiteral("SCALE 130"));
-}
-
 void CalcOutputTest::twoDocuments_onlyTheFirstOnItsActiveSheetIsWritten() {
     const int first = office_->newSpreadsheet();
     office_->addSheet(first, true);
@@ -145,26 +132,17 @@ void CalcOutputTest::twoDocuments_onlyTheFirstOnItsActiveSheetIsWritten() {
     QCOMPARE(office_->kind(second, 1, 1), QStringLiteral("empty"));
 }
 
-void CalcOutputTest::noSpreadsheet_saysSoAndUnticks() {
-    Pane p(office_->pipe());
-    p.f.Combo1.setListIndex(0);
-    p.f.btn_LogData.Click();
+// The rules around these two cases are the output's own; what the office has to give is nothing
+// to attach to, or no spreadsheet.
+void CalcOutputTest::attach_findsNoOfficeOrNoSpreadsheet() {
+    collection::CalcSpreadsheetApp nobody(office_->pipe() + QStringLiteral("-nobody"));
+    QVERIFY(nobody.attach() == nullptr);
 
-    QCOMPARE(p.dialogs.texts(),
-             QStringList{"message: Please open a spreedsheet in Microsoft Excel"});
-    QCOMPARE(p.f.chk_Excel.value(), 0);
-    QCOMPARE(p.storedRows(), 1);
-}
-
-void CalcOutputTest::noOffice_saysSoAtOnceAndKeepsTheRow() {
-    office_->newSpreadsheet();
-    Pane p(office_->pipe() + QStringLiteral("-nobody"));
-    p.f.Combo1.setListIndex(0);
-    p.f.btn_LogData.Click();
-
-    QCOMPARE(p.dialogs.texts(), QStringList{"message: Please open Microsoft Excel"});
-    QCOMPARE(p.f.chk_Excel.value(), 0);
-    QCOMPARE(p.storedRows(), 1);
+    collection::CalcSpreadsheetApp calc(office_->pipe());
+    std::unique_ptr<collection::SpreadsheetApplication> app = calc.attach();
+    QVERIFY(app != nullptr);
+    QCOMPARE(app->workbookCount(), 0);
+    QVERIFY_THROWS_EXCEPTION(collection::SpreadsheetError, app->firstWorkbook());
 }
 
 void CalcOutputTest::xlsxExport_opensWithTheSameRows() {
@@ -194,6 +172,10 @@ void CalcOutputTest::xlsxExport_opensWithTheSameRows() {
                                "1|Silo 2, \"east\"|  12.5|2026-05-04|09:30:15",
                                "2|Wägebrücke||2026-05-05|09:30:15"}));
     QCOMPARE(office_->text(doc, 4, 1, 0), QString());
+    // Date and time are typed cells, the reading stays text.
+    QCOMPARE(office_->kind(doc, 2, 4, 0), QStringLiteral("value"));
+    QCOMPARE(office_->kind(doc, 2, 5, 0), QStringLiteral("value"));
+    QCOMPARE(office_->kind(doc, 2, 3, 0), QStringLiteral("text"));
 }
 
 QTEST_GUILESS_MAIN(CalcOutputTest)
