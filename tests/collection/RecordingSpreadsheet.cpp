@@ -7,34 +7,21 @@ namespace stellwyn::testsupport {
 namespace {
 using collection::SpreadsheetError;
 
-class FakeSheet final : public collection::Worksheet {
+class FakeSheet final : public collection::Worksheet, public collection::Workbook {
 public:
-    FakeSheet(RecordingSpreadsheet& app, int book, int sheet)
-        : app_(app), book_(book), sheet_(sheet) {}
+    explicit FakeSheet(RecordingSpreadsheet::Sheet& sheet) : sheet_(sheet) {}
     void setCell(int row, int column, const QVariant& value) override {
-        RecordingSpreadsheet::Sheet& sheet = app_.books[book_].sheets[sheet_];
-        if (sheet.locked) {
-            throw SpreadsheetError(QStringLiteral("Sheet refuses writes"));
+        if (sheet_.locked) {
+            throw SpreadsheetError(QStringLiteral("The sheet is protected"));
         }
-        sheet.cells[{row, column}] = value;
+        sheet_.cells[{row, column}] = value;
     }
-
-private:
-    RecordingSpreadsheet& app_;
-    int book_;
-    int sheet_;
-};
-
-class FakeBook final : public collection::Workbook {
-public:
-    FakeBook(RecordingSpreadsheet& app, int book) : app_(app), book_(book) {}
     std::unique_ptr<collection::Worksheet> activeSheet() override {
-        return std::make_unique<FakeSheet>(app_, book_, app_.books[book_].active);
+        return std::make_unique<FakeSheet>(sheet_);
     }
 
 private:
-    RecordingSpreadsheet& app_;
-    int book_;
+    RecordingSpreadsheet::Sheet& sheet_;
 };
 
 class FakeApplication final : public collection::SpreadsheetApplication {
@@ -45,7 +32,7 @@ public:
         if (app_.books.isEmpty()) {
             throw SpreadsheetError(QStringLiteral("Subscript out of range"));
         }
-        return std::make_unique<FakeBook>(app_, 0);
+        return std::make_unique<FakeSheet>(app_.books.first());
     }
 
 private:
@@ -54,21 +41,13 @@ private:
 } // namespace
 
 std::unique_ptr<collection::SpreadsheetApplication> RecordingSpreadsheet::attach() {
-    if (!running) {
-        return nullptr;
-    }
-    return std::make_unique<FakeApplication>(*this);
+    return running ? std::make_unique<FakeApplication>(*this) : nullptr;
 }
 
-QVariant RecordingSpreadsheet::cell(int book, int row, int column, int sheet) const {
-    const Book& b = books[book];
-    return b.sheets[sheet < 0 ? b.active : sheet].cells.value({row, column});
-}
-
-QStringList RecordingSpreadsheet::row(int book, int row) const {
+QStringList RecordingSpreadsheet::row(int row) const {
     QStringList texts;
     for (int column = 1; column <= 5; ++column) {
-        const QVariant value = cell(book, row, column);
+        const QVariant value = books.first().cells.value({row, column});
         texts << (value.typeId() == QMetaType::QTime ? value.toTime().toString(u"HH:mm:ss")
                                                      : value.toString());
     }

@@ -39,7 +39,7 @@ struct Pane {
         collection.attach();
         f.chk_Excel.setValue(1);
         office.running = true;
-        office.books.append(testsupport::RecordingSpreadsheet::Book{});
+        office.books.append(testsupport::RecordingSpreadsheet::Sheet{});
     }
 
     qint64 storedRows() {
@@ -73,14 +73,14 @@ private slots:
 
 void ExcelOutputTest::header_andAnExistingRow_areOverwritten() {
     Pane p;
-    testsupport::RecordingSpreadsheet::Sheet& sheet = p.office.books[0].sheets[0];
+    testsupport::RecordingSpreadsheet::Sheet& sheet = p.office.books[0];
     sheet.cells[{1, 2}] = QStringLiteral("Weight (kg)");
     sheet.cells[{2, 1}] = QStringLiteral("user's own");
     p.f.Combo1.setListIndex(0);
     p.f.btn_LogData.Click();
 
-    QCOMPARE(p.office.row(0, 1), header);
-    QCOMPARE(p.office.row(0, 2), p.dataRow("SCALE 130", "  1.5", -1));
+    QCOMPARE(p.office.row(1), header);
+    QCOMPARE(p.office.row(2), p.dataRow("SCALE 130", "  1.5", -1));
 }
 
 void ExcelOutputTest::unreachableSheet_saysSoOrNothing_andKeepsTheStoredRow_data() {
@@ -110,7 +110,7 @@ void ExcelOutputTest::unreachableSheet_saysSoOrNothing_andKeepsTheStoredRow() {
 
     Pane p;
     p.office.running = running;
-    p.office.books[0].sheets[0].locked = locked;
+    p.office.books[0].locked = locked;
     if (books == 0) {
         p.office.books.clear();
     }
@@ -122,7 +122,7 @@ void ExcelOutputTest::unreachableSheet_saysSoOrNothing_andKeepsTheStoredRow() {
     QCOMPARE(p.m.excelrow, std::int16_t(excelrow));
     QCOMPARE(p.storedRows(), 1);
     if (books > 0) {
-        QVERIFY(p.office.books[0].sheets[0].cells.isEmpty());
+        QVERIFY(p.office.books[0].cells.isEmpty());
     }
 }
 
