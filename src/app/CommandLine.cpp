@@ -25,6 +25,9 @@ QString helpText() {
         "  --demo=ethernet     the same over Ethernet: two simulated scales, NetIDs 130 and\n"
         "                      131, behind a loopback port of this program (home:\n"
         "                      demo-ethernet/ in the user's data folder unless --home)\n"
+        "  --export FILE       write the kept readings (datacol, in stored order) to FILE,\n"
+        "                      CSV or XLSX by its extension, and exit; the program may be\n"
+        "                      running meanwhile\n"
         "  --version           print the version and exit\n"
         "  --help              print this help and exit\n");
 }
@@ -71,6 +74,12 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
                 return parsed;
             }
             options.home = *home;
+        } else if (arg == u"--export" || arg.startsWith(u"--export=")) {
+            const auto file = value(QStringLiteral("--export"));
+            if (!file) {
+                return parsed;
+            }
+            options.exportFile = *file;
         } else if (arg == u"--answer" || arg.startsWith(u"--answer=")) {
             const auto answer = value(QStringLiteral("--answer"));
             if (!answer) {

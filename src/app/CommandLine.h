@@ -20,6 +20,8 @@ struct CommandLine {
     bool demo = false;
     // The demonstration's link: the USB-RS485 adapter, or Ethernet to a loopback port.
     bool demoEthernet = false;
+    // Writes the kept readings to this file (CSV or XLSX by its extension) and exits.
+    QString exportFile;
 };
 
 // Parses the arguments (without the program name). On a bad argument returns nothing and sets

@@ -9,7 +9,10 @@
 #include "FrmMainView.h"
 #include "StellwynApplication.h"
 #include "Version.h"
+#include "collection/ReadingExport.h"
+#include "collection/SpreadsheetFactory.h"
 #include "core/AppHome.h"
+#include "core/CfgTxt.h"
 #include "core/Clock.h"
 #include "core/Dialogs.h"
 #include "core/FatalError.h"
@@ -20,6 +23,7 @@
 #include "core/Setup.h"
 #include "core/SetupView.h"
 #include "core/WidgetDialogsView.h"
+#include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
 #include "display/Form1.h"
 #include "display/Form1Host.h"
@@ -39,6 +43,7 @@
 #include "sdmemory/SdSetting.h"
 #include "sdmemory/SdSettingView.h"
 
+#include <QFileInfo>
 #include <cstdio>
 #include <memory>
 
@@ -60,6 +65,33 @@ int createDatabase(const core::AppHome& home) {
                               .arg(core::displayPath(path)));
     }
     return 0;
+}
+
+// The readings of the data folder that cfg.txt names; without cfg.txt, the home's, as the first
+// start would make it. Nothing is written to the home.
+int exportReadings(const core::AppHome& home, const QString& file) {
+    const QString cfg = home.file(QStringLiteral("cfg.txt"));
+    const QString folder = core::cfgtxt::readFirstField(cfg).value_or(home.folder());
+    const QString dataconn = core::connectionText(folder);
+    if (!QFileInfo(core::dataSourceOf(dataconn)).isFile()) {
+        printLine(stderr, QStringLiteral("stellwyn: no readings to export: %1 holds no svdata.mdb")
+                              .arg(core::displayPath(folder)));
+        return 1;
+    }
+    try {
+        core::Connection connection = core::Connection::open(dataconn);
+        const qint64 rows =
+            collection::exportReadings(connection, core::DataColOrder::storeOrder, file);
+        printLine(stdout, QStringLiteral("exported %1 readings to %2")
+                              .arg(rows)
+                              .arg(core::displayPath(QFileInfo(file).absoluteFilePath())));
+        return 0;
+    } catch (const collection::ExportError& error) {
+        printLine(stderr, QStringLiteral("stellwyn: ") + error.text());
+    } catch (const core::FatalError& error) {
+        printLine(stderr, QStringLiteral("stellwyn: ") + error.text());
+    }
+    return 1;
 }
 
 // Unattended, standard error carries the program's own messages one a line, for scripts to
@@ -120,6 +152,11 @@ int main(int argc, char** argv) {
         }
     }
 
+    if (!options.exportFile.isEmpty()) {
+        QCoreApplication tool(argc, argv);
+        return exportReadings(home, options.exportFile);
+    }
+
     if (options.unattended) {
         qInstallMessageHandler(quietToolkitNotes);
         // Unattended runs need no display at all.
@@ -172,6 +209,8 @@ int main(int argc, char** argv) {
     // uses of the main screen. They are made at the first use of the screen.
     std::unique_ptr<links::FtdiApi> ftdi;
     std::unique_ptr<links::UsbLink> usb;
+    const std::unique_ptr<collection::SpreadsheetApp> spreadsheet =
+        collection::makeSpreadsheetApp();
 
     app::FrmMain frame(m, *dialogs, settings);
     std::unique_ptr<app::FrmMainView> frameView;
@@ -266,7 +305,8 @@ int main(int argc, char** argv) {
                                         [&settings] { return links::makeSerialPort(settings); },
                                         ftdi.get(),
                                         usb.get(),
-                                        {}};
+                                        {},
+                                        spreadsheet.get()};
         display::Form1Calls calls;
         calls.showStatus = [&frameView, &dialogs](const QString& text) {
             if (frameView) {

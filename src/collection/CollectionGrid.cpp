@@ -1,5 +1,6 @@
 #include "CollectionGrid.h"
 
+#include "ReadingExport.h"
 #include "core/Dialogs.h"
 #include "core/FatalError.h"
 #include "core/Form1Controls.h"
@@ -19,6 +20,7 @@ void CollectionGrid::attach() {
         option->Click = [this] { sortdatacol(); };
     }
     f_.Command2.Click = [this] { Command2_Click(); };
+    f_.btn_export.Click = [this] { btn_export_Click(); };
     f_.opt_datacol.Click = [this] { opt_datacol_Click(); };
 }
 
@@ -103,6 +105,24 @@ void CollectionGrid::DataGrid1_RowsChanged() {
         setCountCaption();
     } catch (const core::FatalError&) {
     }
+}
+
+void CollectionGrid::btn_export_Click() {
+    const QString path = chooseExportFile ? chooseExportFile() : QString();
+    if (path.isEmpty()) {
+        return;
+    }
+    dialogs_.setBusy(true);
+    try {
+        // A connection of its own: the screen's stores go on through theirs meanwhile.
+        core::Connection connection = core::Connection::open(f_.data2.ConnectionString);
+        exportReadings(connection, order_, path);
+    } catch (const ExportError& error) {
+        dialogs_.setBusy(false);
+        dialogs_.message(error.text());
+        return;
+    }
+    dialogs_.setBusy(false);
 }
 
 } // namespace stellwyn::collection

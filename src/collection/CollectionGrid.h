@@ -22,6 +22,8 @@ public:
 
     // Shows the collection pane in place of the scan table; set by the screen.
     std::function<void()> showPane;
+    // Asks the operator for the file to export to; an empty name cancels.
+    std::function<QString()> chooseExportFile;
 
     void attach();
 
@@ -30,6 +32,8 @@ public:
     void sortdatacol();
     void opt_datacol_Click();
     void Command2_Click();
+    // "Export…": the kept readings in the order the grid shows them.
+    void btn_export_Click();
     // The grid's notification that the rows it shows have changed.
     void DataGrid1_RowsChanged();
 

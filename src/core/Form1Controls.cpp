@@ -61,6 +61,7 @@ Form1Controls::Form1Controls() {
     sortGroup.add(opt_desc);
     sortGroup.add(opt_grp);
     Command2.caption = QStringLiteral("Clear List");
+    btn_export.caption = QStringLiteral("Export…");
     // Sorting by ID is the option selected at design, before any handler is attached.
     opt_ID.setValue(true);
 

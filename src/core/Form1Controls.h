@@ -78,6 +78,8 @@ public:
     OptionButton opt_grp;
     OptionGroup sortGroup;
     CommandButton Command2;
+    // Writes the kept readings to a CSV or XLSX file.
+    CommandButton btn_export;
 
     // The recordsets of the scale rows and of the readings.
     DataControl data1;

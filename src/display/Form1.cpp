@@ -1,6 +1,7 @@
 #include "Form1.h"
 
 #include "acquisition/QtTimerDriver.h"
+#include "collection/SpreadsheetApp.h"
 #include "core/Module1.h"
 #include "core/Yield.h"
 #include "links/Ethernet.h"
@@ -13,6 +14,13 @@ namespace stellwyn::display {
 
 using core::yieldToEvents;
 
+namespace {
+collection::SpreadsheetApp& spreadsheetOf(const Form1Services& services) {
+    static collection::NoSpreadsheetApp none;
+    return services.spreadsheet != nullptr ? *services.spreadsheet : none;
+}
+} // namespace
+
 Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
     : QObject(parent), s_(std::move(services)), calls_(std::move(calls)),
       MSComm1_(s_.makeMSComm1()), context_{s_.m,
@@ -22,7 +30,8 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
                                            {}},
       serialLink_(s_.m, *MSComm1_, s_.dialogs, s_.home), scanners_(context_),
       timers_(context_, scanners_), scanTable_(context_), keypad_(context_, s_.dialogs),
-      data1_(f_.data1), collection_(s_.m, f_, s_.clock), grid_(f_, s_.dialogs), slaves_(s_.m, f_),
+      data1_(f_.data1), collection_(s_.m, f_, s_.clock), grid_(f_, s_.dialogs),
+      excel_(s_.m, f_, s_.clock, s_.dialogs, spreadsheetOf(s_)), slaves_(s_.m, f_),
       setup_(context_, timers_, s_.dialogs) {
     context_.hooks.data1FindId = [this](std::int32_t scaleid) {
         data1_.MoveFirst();
@@ -30,11 +39,8 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
     };
     timers_.attach();
     scanTable_.attach();
-    collection_.excelOutput = [this](int slot) {
-        if (context_.hooks.excelOutput) {
-            context_.hooks.excelOutput(slot);
-        }
-    };
+    context_.hooks.excelOutput = [this](int slot) { excel_.excel_write_reading(slot); };
+    collection_.excelOutput = context_.hooks.excelOutput;
     collection_.attach();
     grid_.showPane = [this] { scanTable_.opt_datacol_Click(); };
     grid_.attach();

@@ -10,6 +10,7 @@
 #include "acquisition/Scanners.h"
 #include "collection/CollectionGrid.h"
 #include "collection/DataColModel.h"
+#include "collection/ExcelInterface.h"
 #include "collection/ReadingCollection.h"
 #include "core/Form1Controls.h"
 #include "indicator_config/IndicatorSetup.h"
@@ -53,6 +54,8 @@ struct Form1Services {
     links::UsbLink* usb = nullptr;
     // Turns the state of each timer into ticks; real timers on the event loop when unset.
     std::function<void(core::Timer&)> driveTimer;
+    // The running spreadsheet program that "Excel Output" writes to; none reachable when unset.
+    collection::SpreadsheetApp* spreadsheet = nullptr;
 };
 
 // What the screen asks of the frame around it. Unset ones are passed over.
@@ -76,6 +79,7 @@ public:
     acquisition::ModeTimers& modeTimers() { return timers_; }
     Data1Recordset& data1() { return data1_; }
     collection::ReadingCollection& collection() { return collection_; }
+    collection::ExcelInterface& excel() { return excel_; }
     collection::CollectionGrid& grid() { return grid_; }
     // The rows of data2 as the collection pane's grid shows them.
     collection::DataColModel& data2Rows() { return data2Rows_; }
@@ -162,6 +166,7 @@ private:
     collection::ReadingCollection collection_;
     collection::CollectionGrid grid_;
     collection::DataColModel data2Rows_;
+    collection::ExcelInterface excel_;
     SlaveWindows slaves_;
     indicator_config::IndicatorSetup setup_;
     bool data2Bound_ = false;

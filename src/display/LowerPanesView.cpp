@@ -2,8 +2,10 @@
 
 #include "Form1.h"
 #include "Twips.h"
+#include "collection/ReadingExport.h"
 
 #include <QCheckBox>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -136,6 +138,16 @@ DataWindowView::DataWindowView(Form1& form, QWidget* parent)
     bound_.label(f.Datamsg, this, {8400, 2040, 3600, 270}, "Datamsg");
     bound_.button(f.Command2, this, {8400, 2400, 1740, 360}, "Command2")
         ->setToolTip(QStringLiteral("Deletes every saved reading."));
+    bound_.button(f.btn_export, this, {10260, 2400, 1740, 360}, "btn_export")
+        ->setToolTip(QStringLiteral("Writes the saved readings, in the grid's order, to a CSV or "
+                                    "XLSX file."));
+    form_.grid().chooseExportFile = [this] {
+        const QString filter = collection::xlsxExportAvailable()
+                                   ? QStringLiteral("Spreadsheet (*.xlsx);;CSV (*.csv)")
+                                   : QStringLiteral("CSV (*.csv)");
+        return QFileDialog::getSaveFileName(this, QStringLiteral("Export Readings"), QString(),
+                                            filter);
+    };
     setScale(pixelsPerTwip(this));
 }
 

@@ -52,6 +52,7 @@ private slots:
     void createDatabase_makesBothFilesAndNeverOverwrites();
     void secondInstance_refusedWhileFirstRuns();
     void badOption_saysSoAndFails();
+    void export_needsTheDataFolderThenWritesTheFile();
     void setupAtStart_unattended_loadsAndClosesTheScreen();
 };
 
@@ -143,6 +144,26 @@ void Process::secondInstance_refusedWhileFirstRuns() {
     beside.terminate();
     third.waitForFinished(10000);
     beside.waitForFinished(10000);
+}
+
+void Process::export_needsTheDataFolderThenWritesTheFile() {
+    TempHome home;
+    const QString file = home.file(QStringLiteral("readings.csv"));
+    Run r = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--export"), file});
+    QCOMPARE(r.status, 1);
+    QCOMPARE(r.errLines.size(), 1);
+    QVERIFY(r.errLines.first().startsWith(u"stellwyn: no readings to export"));
+    QVERIFY(!QFile::exists(file));
+
+    QCOMPARE(
+        runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--create-database")})
+            .status,
+        0);
+    r = runStellwyn({QStringLiteral("--home"), home.path(), QStringLiteral("--export"), file});
+    QCOMPARE(r.status, 0);
+    QFile written(file);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    QCOMPARE(written.readAll(), QByteArray("ID,ScaleID,Reading,Date,Time,Group,TagID\r\n"));
 }
 
 void Process::badOption_saysSoAndFails() {

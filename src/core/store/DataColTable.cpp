@@ -61,18 +61,22 @@ QVariant keyValue(const DataColRow& row, const QString& column) {
     return row.time;
 }
 
+DataColRow rowAt(const QSqlQuery& query) {
+    DataColRow row;
+    row.id = query.value(0).toLongLong();
+    row.scaleId = query.value(1).toString();
+    row.reading = query.value(2);
+    row.date = query.value(3).toString();
+    row.time = query.value(4).toString();
+    row.group = query.value(5);
+    row.tagId = query.value(6);
+    return row;
+}
+
 QList<DataColRow> rowsOf(QSqlQuery& query) {
     QList<DataColRow> rows;
     while (query.next()) {
-        DataColRow row;
-        row.id = query.value(0).toLongLong();
-        row.scaleId = query.value(1).toString();
-        row.reading = query.value(2);
-        row.date = query.value(3).toString();
-        row.time = query.value(4).toString();
-        row.group = query.value(5);
-        row.tagId = query.value(6);
-        rows << row;
+        rows << rowAt(query);
     }
     return rows;
 }
@@ -154,6 +158,16 @@ qint64 countReadings(Connection& connection) {
 QList<DataColRow> readings(Connection& connection, DataColOrder order) {
     QSqlQuery query = connection.run(kSelect + orderClause(order));
     return rowsOf(query);
+}
+
+void forEachReading(Connection& connection, DataColOrder order,
+                    const std::function<bool(const DataColRow&)>& row) {
+    QSqlQuery query = connection.run(kSelect + orderClause(order));
+    while (query.next()) {
+        if (!row(rowAt(query))) {
+            return;
+        }
+    }
 }
 
 QList<DataColRow> readingsAt(Connection& connection, DataColOrder order, qint64 offset, int limit,

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 #include <QVariant>
+#include <functional>
 #include <optional>
 
 namespace stellwyn::core {
@@ -68,6 +69,10 @@ int insertImportedReadings(Connection& connection, const QList<ImportedReading>&
 void deleteAllReadings(Connection& connection);
 qint64 countReadings(Connection& connection);
 QList<DataColRow> readings(Connection& connection, DataColOrder order);
+// Hands each row in the order to `row`, one at a time, holding no more than the one row: for
+// tables too long to hold. `row` returns false to stop.
+void forEachReading(Connection& connection, DataColOrder order,
+                    const std::function<bool(const DataColRow&)>& row);
 
 // A page of rows in the order: `limit` rows from `offset`, counted from the first row, or from
 // the last when fromEnd (the rows still come in the order). For a jump into the table.
