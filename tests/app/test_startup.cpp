@@ -78,6 +78,7 @@ private slots:
     void loadsettings_values_data();
     void loadsettings_values();
     void loadsettings_emptySysCfg_isFatal();
+    void loadsettings_takesEachKeyFromItsOwnColumnAndNoOther();
     void frame_closedMinimized_keepsPlace_data();
     void frame_closedMinimized_keepsPlace();
     void frame_setupMenu_refusedWhileScreenUp_data();
@@ -227,6 +228,45 @@ void Startup_::loadsettings_values() {
     QCOMPARE(m.rfnetid, QStringLiteral("0"));
     // usbreset is stored and shown, never loaded.
     QCOMPARE(m.usbreset, 0);
+}
+
+// Every key a value of its own, so that a key read from another's column shows; the columns
+// that belong to others (usbreset, the slave layout) are gone from the record.
+void Startup_::loadsettings_takesEachKeyFromItsOwnColumnAndNoOther() {
+    TempHome folder;
+    core::createDatabase(folder.path());
+    const QList<std::pair<QString, QVariant>> stored = {
+        {"commtype", "USB485"}, {"commport", 3},      {"rfnet", 5},
+        {"smallfonts", 7},      {"rfnetid", "4"},     {"tagblz", 11},
+        {"netpolltime", 1.5},   {"netdeltime", 0.07}, {"datacolenbstart", -1}};
+    for (const auto& [field, value] : stored) {
+        setSysCfg(folder.path(), field, value);
+    }
+    {
+        core::Connection c = core::Connection::open(core::connectionText(folder.path()));
+        QStringList others{QStringLiteral("usbreset")};
+        for (int k = 0; k < 9; ++k) {
+            for (const char* what : {"enb", "left", "top"}) {
+                others << QStringLiteral("slave%1%2").arg(k).arg(QLatin1String(what));
+            }
+        }
+        for (const QString& column : others) {
+            c.run(QStringLiteral("alter table syscfg drop column ") + column);
+        }
+    }
+    core::Module1 m;
+    m.cfgconn = core::connectionText(folder.path());
+    core::loadsettings(m);
+    QCOMPARE(m.commtype, QStringLiteral("USB485"));
+    QCOMPARE(m.commport, 3);
+    QCOMPARE(m.rfnet, 5);
+    QCOMPARE(m.smallfonts, 7);
+    QCOMPARE(m.rfnetid, QStringLiteral("4"));
+    QCOMPARE(m.tagblz, 11);
+    QCOMPARE(m.netpolltime, 1.5);
+    QCOMPARE(m.netdeltime, 0.07);
+    QCOMPARE(m.datacolenbstart, core::vbTrue);
+    QCOMPARE(m.commsettings, QStringLiteral("9600,N,8,1"));
 }
 
 void Startup_::loadsettings_emptySysCfg_isFatal() {
