@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QSignalSpy>
 #include <QTest>
+#include <limits>
 
 using namespace stellwyn;
 using testsupport::RecordingDialogs;
@@ -38,7 +39,8 @@ QString couldNotOpen(const TempHome& home) {
 // Runs the start-up with every hook recording into the same list as the dialogs, so the test
 // sees one order of events.
 struct Startup {
-    explicit Startup(const TempHome& folder) : home(folder.path()), main(m, dialogs, home) {
+    explicit Startup(const TempHome& folder) : Startup(folder.path()) {}
+    explicit Startup(const QString& folder) : home(folder), main(m, dialogs, home) {
         main.loadFrame = [this] { dialogs.said << QStringLiteral("frame loaded"); };
         main.showFrame = [this] { dialogs.said << QStringLiteral("frame shown"); };
         main.showGetdatapath = [this](core::Getdatapath& chooser) {
@@ -75,10 +77,13 @@ private slots:
     void start_cfgFolderWithComma_usesThePartBeforeIt();
     void start_chooserPicksFolder_takesEffect();
     void start_secondInstanceInSameHome_refused();
+    void start_lockCannotBeMade_isFatalNamingTheFolder();
     void loadsettings_values_data();
     void loadsettings_values();
     void loadsettings_emptySysCfg_isFatal();
     void loadsettings_takesEachKeyFromItsOwnColumnAndNoOther();
+    void frame_placeFromSettings_liesOnTheScreen_data();
+    void frame_placeFromSettings_liesOnTheScreen();
     void frame_closedMinimized_keepsPlace_data();
     void frame_closedMinimized_keepsPlace();
     void frame_setupMenu_refusedWhileScreenUp_data();
@@ -171,6 +176,22 @@ void Startup_::start_secondInstanceInSameHome_refused() {
              (QStringList{QStringLiteral("beep"),
                           QStringLiteral("message: There is already a previous instance of the "
                                          "Stellwyn program running.")}));
+}
+
+// Nothing can be made where a file stands in for the program's folder, whoever runs the test.
+void Startup_::start_lockCannotBeMade_isFatalNamingTheFolder() {
+    TempHome folder;
+    folder.write(QStringLiteral("home"), "a file where the program's folder should be");
+    Startup s(folder.file(QStringLiteral("home")));
+    try {
+        s.main.run();
+        QFAIL("started without a lock");
+    } catch (const core::FatalError& error) {
+        QVERIFY2(
+            error.text().contains(QDir::toNativeSeparators(folder.file(QStringLiteral("home")))),
+            qPrintable(error.text()));
+    }
+    QCOMPARE(s.dialogs.said, QStringList{});
 }
 
 void Startup_::loadsettings_values_data() {
@@ -279,6 +300,34 @@ void Startup_::loadsettings_emptySysCfg_isFatal() {
     core::Module1 m;
     m.cfgconn = core::connectionText(folder.path());
     QVERIFY_THROWS_EXCEPTION(core::FatalError, core::loadsettings(m));
+}
+
+// Places in twips at 96 dots per inch (15 twips a pixel) on a screen of 1000 x 800 at 0, 0.
+void Startup_::frame_placeFromSettings_liesOnTheScreen_data() {
+    QTest::addColumn<QList<int>>("twips"); // left, top, width, height
+    QTest::addColumn<QRect>("pixels");
+    const int big = std::numeric_limits<int>::max();
+    const int small = std::numeric_limits<int>::min();
+    QTest::newRow("inside stays") << QList<int>{1500, 3000, 6000, 4500}
+                                  << QRect(100, 200, 400, 300);
+    QTest::newRow("off to the right and below comes back")
+        << QList<int>{30000, 30000, 6000, 4500} << QRect(600, 500, 400, 300);
+    QTest::newRow("off to the left and above comes back")
+        << QList<int>{-9000, -9000, 6000, 4500} << QRect(0, 0, 400, 300);
+    QTest::newRow("larger than the screen fits it")
+        << QList<int>{0, 0, 60000, 60000} << QRect(0, 0, 1000, 800);
+    QTest::newRow("too small to use grows") << QList<int>{0, 0, 15, 0} << QRect(0, 0, 200, 200);
+    QTest::newRow("the int's limits") << QList<int>{big, small, big, big} << QRect(0, 0, 1000, 800);
+    QTest::newRow("the int's limits, other way")
+        << QList<int>{small, big, small, small} << QRect(0, 600, 200, 200);
+}
+
+void Startup_::frame_placeFromSettings_liesOnTheScreen() {
+    QFETCH(QList<int>, twips);
+    QFETCH(QRect, pixels);
+    QCOMPARE(app::FrmMainView::visiblePlace(twips[0], twips[1], twips[2], twips[3], 96, 96,
+                                            QRect(0, 0, 1000, 800)),
+             pixels);
 }
 
 void Startup_::frame_closedMinimized_keepsPlace_data() {

@@ -2,6 +2,8 @@
 
 #include "core/store/StoredValues.h"
 
+#include <QDir>
+
 namespace stellwyn::core {
 
 namespace {
@@ -68,7 +70,8 @@ SysCfgRecord readSysCfg(const QString& connText, SysCfgPart part) {
     Connection connection = Connection::open(connText);
     std::optional<SysCfgRecord> record = readSysCfg(connection, part);
     if (!record) {
-        throw DatabaseError(QStringLiteral("The table syscfg holds no record."));
+        throw DatabaseError(QStringLiteral("%1: the table syscfg holds no record.")
+                                .arg(QDir::toNativeSeparators(connection.path())));
     }
     return *record;
 }
