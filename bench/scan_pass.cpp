@@ -86,7 +86,7 @@ Figures run(const QString& simProgram, const QList<int>& silent, int passes) {
     core::UnattendedDialogs dialogs(false);
     core::Module1 m;
     core::Form1Controls f;
-    std::unique_ptr<links::FtdiApi> ftdi = links::makeFtdiApi(settings, dialogs, clock);
+    std::unique_ptr<links::FtdiApi> ftdi = links::makeFtdiApi(settings, {}, clock);
     links::UsbLink usb(m, *ftdi, dialogs);
     usb.usb_open();
     if (m.usbinitfail != 0) {
