@@ -29,7 +29,7 @@ std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings,
                                         : QStringList{QStringLiteral("130")};
         return std::make_unique<SimFtdi>(simNetIds(entries), clock);
     }
-    return std::make_unique<KernelFtdi>(settings);
+    return std::make_unique<KernelFtdi>(settings, std::move(showStatus));
 }
 
 } // namespace stellwyn::links
