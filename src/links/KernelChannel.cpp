@@ -98,13 +98,22 @@ void KernelChannel::write(const QByteArray& bytes) {
 }
 
 qint64 KernelChannel::waiting() {
-    takeIn(0);
+    if (!usable()) {
+        return 0;
+    }
+    // Bytes already taken in are enough of an answer; asking the system again for each of
+    // them would cost a call every time the scan looks.
+    if (port_.bytesAvailable() == 0) {
+        takeIn(0);
+    }
     return usable() ? port_.bytesAvailable() : 0;
 }
 
 QByteArray KernelChannel::read(qint64 maxSize, int timeoutMs) {
     QDeadlineTimer deadline(timeoutMs);
-    takeIn(0);
+    if (usable() && port_.bytesAvailable() < maxSize) {
+        takeIn(0);
+    }
     while (usable() && port_.bytesAvailable() < maxSize && !deadline.hasExpired()) {
         takeIn(static_cast<int>(deadline.remainingTime()));
     }

@@ -19,6 +19,9 @@ public:
     explicit KernelFtdi(const core::SettingsStore& settings,
                         std::function<void(const QString&)> showStatus = {});
 
+    // The system's driver is watched by the event loop through the serial port.
+    bool wakesEventLoop() const override { return true; }
+
 protected:
     QList<FtdiDeviceInfo> devices() override;
     std::unique_ptr<FtdiChannel> openChannel(int index) override;

@@ -345,7 +345,7 @@ void FtdiBackends::factory_picksTheBackendOfTheSettings() {
     if (!backend.isEmpty()) {
         s.usbSetting("Backend", backend);
     }
-    s.usbSetting("SimNetIds", QStringLiteral("130, 131,x,132"));
+    s.usbSetting("SimNetIds", QStringLiteral("130, 131,x,132,999,-1"));
     s.usbSetting("D2xxLibrary", QStringLiteral("/nonexistent/libftd2xx.so"));
     core::VirtualClock clock;
 
