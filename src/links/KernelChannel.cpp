@@ -182,28 +182,33 @@ bool KernelChannel::usable() {
 
 bool KernelChannel::reopen() {
     // The name first (a /dev/serial/by-id link names the same adapter in any socket), then
-    // wherever the system now shows the adapter of that serial number.
-    QStringList places{path_};
+    // wherever the system now shows the adapter of that serial number; the list of ports is
+    // costly to make, so it is made only when the name does not do.
+    if (openAt(path_)) {
+        return true;
+    }
     if (!serialNumber_.isEmpty()) {
         for (const QSerialPortInfo& port : QSerialPortInfo::availablePorts()) {
-            if (port.serialNumber().toLatin1() == serialNumber_) {
-                places << port.systemLocation();
+            if (port.serialNumber().toLatin1() == serialNumber_ && openAt(port.systemLocation())) {
+                return true;
             }
-        }
-    }
-    for (const QString& place : places) {
-        port_.setPortName(place);
-        if (port_.open(QIODevice::ReadWrite)) {
-            applyLineSettings(port_, line_);
-            port_.setFlowControl(flow_);
-            requestLowLatency(static_cast<int>(port_.handle()));
-            lost_ = false;
-            tell(QStringLiteral("The USB adapter %1 is back.").arg(path_));
-            return true;
         }
     }
     port_.clearError();
     return false;
+}
+
+bool KernelChannel::openAt(const QString& place) {
+    port_.setPortName(place);
+    if (!port_.open(QIODevice::ReadWrite)) {
+        return false;
+    }
+    applyLineSettings(port_, line_);
+    port_.setFlowControl(flow_);
+    requestLowLatency(static_cast<int>(port_.handle()));
+    lost_ = false;
+    tell(QStringLiteral("The USB adapter %1 is back.").arg(path_));
+    return true;
 }
 
 void KernelChannel::tell(const QString& text) {

@@ -37,6 +37,7 @@ private:
     bool usable();
     // Opens the device again where it now is; false while it is still away.
     bool reopen();
+    bool openAt(const QString& place);
     void tell(const QString& text);
 
     QSerialPort port_;
