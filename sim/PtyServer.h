@@ -24,6 +24,8 @@ public:
     QString errorString() const { return error_; }
     // Also reachable by this path, a symbolic link made now and removed with the server.
     bool linkAs(const QString& path);
+    // Paces what the program writes: each byte takes this long on the line.
+    void setByteTime(double seconds) { pump_.setByteTime(seconds); }
 
 private:
     void onReadable();

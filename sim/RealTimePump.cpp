@@ -2,6 +2,7 @@
 
 #include "WireTime.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace stellwyn::sim {
@@ -14,18 +15,42 @@ RealTimePump::RealTimePump(LineDevice& device, const core::Clock& clock, QObject
 }
 
 void RealTimePump::feed(const QByteArray& bytes) {
-    device_.receive(bytes, lineSeconds(clock_));
+    const double now = lineSeconds(clock_);
+    if (byteTime_ <= 0.0 && incoming_.empty()) {
+        device_.receive(bytes, now);
+    } else {
+        double t = std::max(now, lineFree_);
+        for (const char b : bytes) {
+            t += byteTime_;
+            incoming_.emplace_back(t, b);
+        }
+        lineFree_ = t;
+    }
     run();
 }
 
 void RealTimePump::run() {
     const double now = lineSeconds(clock_);
+    while (!incoming_.empty() && incoming_.front().first <= now + kTimeSlack) {
+        // Bytes that land together go in together, so a frame is seen at its last byte.
+        const double t = incoming_.front().first;
+        QByteArray chunk;
+        while (!incoming_.empty() && incoming_.front().first <= t + kTimeSlack) {
+            chunk.append(incoming_.front().second);
+            incoming_.pop_front();
+        }
+        device_.receive(chunk, t);
+    }
     device_.advanceTo(now);
     const QByteArray out = device_.takeDue(now);
     if (!out.isEmpty()) {
         emit output(out);
     }
-    if (const auto next = device_.nextEvent()) {
+    std::optional<double> next = device_.nextEvent();
+    if (!incoming_.empty() && (!next || incoming_.front().first < *next)) {
+        next = incoming_.front().first;
+    }
+    if (next) {
         const double ms = std::ceil(std::max(0.0, *next - lineSeconds(clock_)) * 1000.0);
         timer_.start(static_cast<int>(std::min(ms, 3600.0 * 1000.0)));
     } else {

@@ -100,6 +100,8 @@ int main(int argc, char** argv) {
     std::unique_ptr<sim::PtyServer> pty;
     if (options.pty) {
         pty = std::make_unique<sim::PtyServer>(*device, clock);
+        // Paced both ways: a request reaches the indicator only after its bytes' wire time.
+        pty->setByteTime(scenario.pace ? sim::kByteTime9600 : 0.0);
         if (!pty->open()) {
             complain(pty->errorString());
             return 1;

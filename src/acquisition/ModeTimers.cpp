@@ -70,6 +70,12 @@ char ModeTimers::readingCode() const {
     return frames::readingCode(c_.m.commtype, c_.f.chk_frame.value() == 1);
 }
 
+// A click that yielded may come back to a screen closed in that yield: the timers it would
+// start would tick for a screen that is gone.
+bool ModeTimers::screenClosed() const {
+    return c_.m.formclosing == core::vbTrue;
+}
+
 void ModeTimers::setmode(int mode) {
     core::Module1& m = c_.m;
     core::Form1Controls& f = c_.f;
@@ -361,6 +367,9 @@ void ModeTimers::net_stat_put() {
 void ModeTimers::chk_pollenb_Click() {
     core::Form1Controls& f = c_.f;
     yieldToEvents();
+    if (screenClosed()) {
+        return;
+    }
     const bool polling = f.chk_pollenb.value() == 1;
     setmode(polling ? 1 : 0);
     f.Label2.enabled = !polling;
@@ -385,6 +394,9 @@ void ModeTimers::opt_network_Click() {
         f.Timer1[0].setInterval(pollInterval());
     }
     yieldToEvents();
+    if (screenClosed()) {
+        return;
+    }
     f.Timer1[0].setEnabled(true);
     yieldToEvents();
     m.networkmode = 1;
@@ -408,6 +420,9 @@ void ModeTimers::opt_single_Click() {
     yieldToEvents();
     f.NetList.clearCells();
     yieldToEvents();
+    if (screenClosed()) {
+        return;
+    }
     setmode(0);
     f.chk_pollenb.enabled = true;
     f.txt_polltime.enabled = true;

@@ -41,6 +41,7 @@ public:
     const std::array<std::int16_t, 16>& savedIntervals() const { return savedIntervals_; }
 
 private:
+    bool screenClosed() const;
     bool networkLink() const;
     char readingCode() const;
     void sendPendingKey();

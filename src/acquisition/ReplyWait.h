@@ -14,7 +14,9 @@ class ReplyWait {
 public:
     static constexpr double replySeconds = 0.25;
 
-    explicit ReplyWait(core::Clock& clock);
+    // deviceWakes: the device's bytes wake the event loop, so the wait sleeps until they come
+    // rather than looking at the queue every few milliseconds.
+    ReplyWait(core::Clock& clock, bool deviceWakes);
 
     // More than the quarter second has run.
     bool over() const { return deadline_.passed(); }
@@ -25,6 +27,7 @@ public:
 private:
     core::Clock& clock_;
     core::Deadline deadline_;
+    bool deviceWakes_;
 };
 
 } // namespace stellwyn::acquisition

@@ -48,7 +48,8 @@ void Scanners::rs485_inputscan() {
     core::Form1Controls& f = c_.f;
     links::SerialPort& port = *c_.links.MSComm1;
 
-    ReplyWait wait(c_.clock);
+    // Looked at on the short period: not every serial backend wakes the loop as bytes come.
+    ReplyWait wait(c_.clock, false);
     for (;;) {
         if (wait.over()) {
             return;

@@ -35,7 +35,7 @@ void Scanners::USB485_inputscan() {
     // chunk of cells, and the cells behind the first are read from it.
     QByteArray lastChunk;
     bool printflag = false;
-    ReplyWait wait(c_.clock);
+    ReplyWait wait(c_.clock, ftdi.wakesEventLoop());
     for (;;) {
         if (wait.over()) {
             // A silent scale: whatever it may still send is thrown away with the request.

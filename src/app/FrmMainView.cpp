@@ -5,18 +5,23 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QDateTime>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTimer>
 #include <QToolBar>
+#include <algorithm>
 
 namespace stellwyn::app {
 
 namespace {
 constexpr double twipsPerInch = 1440.0;
+// A frame smaller than this shows nothing of its menu.
+constexpr int smallestSide = 200;
 
 // A recognisable picture for each toolbar button, taken from the desktop theme when it has
 // one and from the style otherwise.
@@ -137,9 +142,31 @@ int FrmMainView::toTwips(int pixels, bool horizontal) const {
     return qRound(pixels * twipsPerInch / dpi);
 }
 
+QRect FrmMainView::visiblePlace(int left, int top, int width, int height, int dpiX, int dpiY,
+                                const QRect& screen) {
+    // In double: a kept number near the int limit times the resolution would overflow an int.
+    const auto pixels = [](int twips, int dpi) { return double(twips) * dpi / twipsPerInch; };
+    const auto side = [](double wanted, int room) {
+        return std::clamp(wanted, std::min(double(smallestSide), double(room)), double(room));
+    };
+    const double w = side(pixels(width, dpiX), screen.width());
+    const double h = side(pixels(height, dpiY), screen.height());
+    const double x = std::clamp(pixels(left, dpiX), double(screen.left()),
+                                double(screen.left()) + screen.width() - w);
+    const double y = std::clamp(pixels(top, dpiY), double(screen.top()),
+                                double(screen.top()) + screen.height() - h);
+    return {qRound(x), qRound(y), qRound(w), qRound(h)};
+}
+
 void FrmMainView::applyPlace() {
-    resize(toPixels(logic_.width(), true), toPixels(logic_.height(), false));
-    move(toPixels(logic_.left(), true), toPixels(logic_.top(), false));
+    const QScreen* target = QGuiApplication::primaryScreen();
+    if (target == nullptr) {
+        return;
+    }
+    const QRect place = visiblePlace(logic_.left(), logic_.top(), logic_.width(), logic_.height(),
+                                     logicalDpiX(), logicalDpiY(), target->availableGeometry());
+    resize(place.size());
+    move(place.topLeft());
 }
 
 void FrmMainView::closeEvent(QCloseEvent* event) {

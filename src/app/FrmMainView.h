@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QRect>
 
 class QMdiArea;
 class QLabel;
@@ -18,6 +19,10 @@ public:
     QMdiArea* mdiArea() const { return area_; }
     // Applies the logic's place, in twips, to the window.
     void applyPlace();
+    // The frame's place in pixels for one kept in twips, moved and shrunk as far as needed to
+    // lie inside `screen`. Any stored numbers, however large, give a usable place.
+    static QRect visiblePlace(int left, int top, int width, int height, int dpiX, int dpiY,
+                              const QRect& screen);
     // The status bar's first panel; the links tell what becomes of their connection there.
     void showStatus(const QString& text);
 

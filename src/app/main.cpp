@@ -289,10 +289,19 @@ int main(int argc, char** argv) {
         server->listen();
     };
 
+    const auto showStatus = [&frameView, &dialogs](const QString& text) {
+        if (frameView) {
+            frameView->showStatus(text);
+        }
+        // Unattended, the status bar is out of sight: its lines go where the messages go.
+        if (!dialogs->interactive()) {
+            std::fprintf(stderr, "status: %s\n", qPrintable(text));
+        }
+    };
     std::unique_ptr<display::Form1Host> screen;
     auto makeForm1 = [&]() {
         if (!ftdi) {
-            ftdi = links::makeFtdiApi(settings, *dialogs, clock);
+            ftdi = links::makeFtdiApi(settings, showStatus, clock);
             usb = std::make_unique<links::UsbLink>(m, *ftdi, *dialogs);
             if (options.demo) {
                 app::startDemoMotion(*ftdi);
@@ -308,15 +317,7 @@ int main(int argc, char** argv) {
                                         {},
                                         spreadsheet.get()};
         display::Form1Calls calls;
-        calls.showStatus = [&frameView, &dialogs](const QString& text) {
-            if (frameView) {
-                frameView->showStatus(text);
-            }
-            // Unattended, the status bar is out of sight: its lines go where the messages go.
-            if (!dialogs->interactive()) {
-                std::fprintf(stderr, "status: %s\n", qPrintable(text));
-            }
-        };
+        calls.showStatus = showStatus;
         auto form = std::make_unique<display::Form1>(std::move(services), std::move(calls));
         startCommandServer(*form);
         return form;

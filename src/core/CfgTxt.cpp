@@ -21,7 +21,10 @@ std::optional<QString> readFirstField(const QString& path) {
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return std::nullopt;
     }
-    QString line = QString::fromLocal8Bit(file.readLine());
+    // A folder's name is far shorter than this; a file that is no cfg.txt (a log, an image
+    // with no line end) is not read whole into memory for it. The one is for the terminating
+    // zero that Qt counts in.
+    QString line = QString::fromLocal8Bit(file.readLine(kLongestLine + 1));
     while (line.endsWith(u'\n') || line.endsWith(u'\r')) {
         line.chop(1);
     }

@@ -9,7 +9,11 @@ namespace stellwyn::core {
 // folder whose name holds a comma is cut there, as it always was.
 namespace cfgtxt {
 
-// The first field of the file, or nothing when the file cannot be opened.
+// The most of the first line that is read: a path on this system is at most 4096 bytes.
+inline constexpr qint64 kLongestLine = 4096;
+
+// The first field of the file, or nothing when the file cannot be opened. Only the first
+// kLongestLine bytes of the line are read.
 std::optional<QString> readFirstField(const QString& path);
 // Writes the folder as the file's one line; false on failure.
 bool write(const QString& path, const QString& folder);

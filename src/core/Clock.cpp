@@ -35,9 +35,9 @@ void RealClock::waitForEvents(double seconds) {
         sleep(std::min(seconds, 0.001));
         return;
     }
-    // A device that cannot wake the loop (a driver library that is only asked for its queue)
-    // is looked at again within this time; the rest wake it as their bytes arrive.
-    constexpr int longestSleepMs = 10;
+    // A caller whose device cannot wake the loop (a driver library that is only asked for its
+    // queue) asks for short waits and looks again; the rest are woken as their bytes arrive.
+    constexpr int longestSleepMs = 60 * 1000;
     const int ms = std::clamp(static_cast<int>(seconds * 1000.0), 1, longestSleepMs);
     QTimer bound;
     bound.setSingleShot(true);

@@ -10,11 +10,14 @@ namespace stellwyn::core {
 class InstanceLock {
 public:
     explicit InstanceLock(const QString& lockPath);
-    // False when another live process holds the lock.
+    // False when another live process holds the lock. A lock file that cannot be made (a
+    // read-only or full folder) is a FatalError that names the folder: no other instance was
+    // found, and the program must not say there was.
     bool tryAcquire();
 
 private:
     QLockFile lock_;
+    QString path_;
 };
 
 } // namespace stellwyn::core

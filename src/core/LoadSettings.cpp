@@ -20,7 +20,7 @@ double numberOrDefault(const QVariant& value, const QString& field, const QStrin
 } // namespace
 
 void loadsettings(Module1& m) {
-    const SysCfgRecord row = readSysCfg(m.cfgconn);
+    const SysCfgRecord row = readSysCfg(m.cfgconn, SysCfgPart::LoadedSettings);
     m.commtype = toText(row.commtype, QStringLiteral("commtype"));
     m.commsettings = serialLineSettings();
     m.commport = toInt16(row.commport, QStringLiteral("commport"));

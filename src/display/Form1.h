@@ -17,8 +17,10 @@
 #include "links/SerialLink.h"
 
 #include <QObject>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace stellwyn::core {
 class AppHome;
@@ -140,11 +142,17 @@ private:
     void driveTimer(core::Timer& timer);
     // The steps of the activation, each false when the activation ends there.
     void placePanes();
+    // The body of Form_Activate, which may end early at any of its yields.
+    void activate();
     bool startLink();
     void startEthernet();
     void bindData();
     bool matchScaleRows();
-    void matchScaleRow(int i, bool& opened);
+    // False when the activation ends here: a device refused, or the screen closed in a yield.
+    bool matchScaleRow(int i);
+    // Devices opened by an activation that the closing screen ended: nothing else would close
+    // them, since the unload has already cleared the table that held their handles.
+    void closeScaleDevices();
     void fillCombo();
     void seedTimers();
     void setDefaultMode();
@@ -175,6 +183,8 @@ private:
     std::unique_ptr<links::Ethernet> ethernet_;
     bool visible_ = true;
     bool unloaded_ = false;
+    // Scale devices the running activation opened on "USB".
+    std::vector<std::int32_t> openedScales_;
     int busy_ = 0;
 };
 

@@ -21,10 +21,18 @@ namespace stellwyn::display {
 using core::yieldToEvents;
 
 void Form1::Form_Activate() {
-    core::Module1& m = s_.m;
-    if (m.formactive != core::vbFalse || unloaded_) {
+    if (s_.m.formactive != core::vbFalse || unloaded_) {
         return;
     }
+    activate();
+    if (gone()) {
+        closeScaleDevices();
+    }
+    openedScales_.clear();
+}
+
+void Form1::activate() {
+    core::Module1& m = s_.m;
     Busy busy(*this);
     core::loadsettings(m);
     // Up before the first yield, so that an activation arriving in that yield does nothing.
@@ -66,7 +74,7 @@ void Form1::Form_Activate() {
             return;
         }
     }
-    if (m.rfnet == -1) {
+    if (m.rfnet == -1 && !gone()) {
         links::rf_setup(m, s_.ftdi, s_.dialogs, s_.clock);
     }
 }
@@ -95,10 +103,18 @@ bool Form1::startLink() {
     };
     if (t == u"USB") {
         s_.usb->usb_open();
+        if (gone()) {
+            return false;
+        }
         if (m.usbinitfail == 1) {
             return abandon();
         }
         s_.usb->usb_start();
+        if (gone()) {
+            // The unload cleared the table before the bus list filled it again.
+            m.clearscales();
+            return false;
+        }
         if (m.usbinitfail == 1) {
             return abandon();
         }
@@ -118,12 +134,19 @@ bool Form1::startLink() {
         serialLink_.rs485_start();
     } else if (t == u"USB485") {
         s_.usb->usb_open();
+        if (gone()) {
+            return false;
+        }
         if (m.usbinitfail == 1) {
             return abandon();
         }
         f_.Timer2.setEnabled(false);
         f_.Timer3.setEnabled(false);
         s_.usb->usb485_start();
+        if (gone()) {
+            m.clearscales();
+            return false;
+        }
     } else if (t == u"Ethernet") {
         startEthernet();
     }
@@ -161,36 +184,46 @@ bool Form1::matchScaleRows() {
     m.formactive = core::vbTrue;
     yieldToEvents();
     for (int i = 0; i < m.scalecount; ++i) {
-        if (gone()) {
-            return false;
-        }
-        bool opened = true;
-        matchScaleRow(i, opened);
-        if (!opened || gone()) {
-            // The screen stays up with what it has; the operator leaves by its exit button.
+        if (gone() || !matchScaleRow(i)) {
+            // A refused device leaves the screen up with what it has; the operator leaves by
+            // its exit button.
             return false;
         }
     }
     return true;
 }
 
-void Form1::matchScaleRow(int i, bool& opened) {
+bool Form1::matchScaleRow(int i) {
     core::Module1& m = s_.m;
     const QString& t = m.commtype;
+    // Every yield below may close the screen; its unload clears the table, and a row added
+    // after that would be a blank one.
     data1_.Refresh();
     if (data1_.RecordCount() == 0) {
         adddefrec(i);
+        if (gone()) {
+            return false;
+        }
         data1_.Refresh();
     }
     yieldToEvents();
+    if (gone()) {
+        return false;
+    }
     data1_.MoveFirst();
     yieldToEvents();
+    if (gone()) {
+        return false;
+    }
     // On every link but RS-485 the serial number "Unknown" finds the first such row, whichever
     // scale is looked up; nothing below reads that row on those links.
     const bool found =
         t == u"RS485" ? data1_.FindNetId(m.netid[i]) : data1_.FindSerialNo(m.scaleserial[i]);
     if (!found) {
         adddefrec(i);
+        if (gone()) {
+            return false;
+        }
         data1_.MoveLast();
     }
     const core::ScaleCfgRow& row = data1_.row();
@@ -205,12 +238,18 @@ void Form1::matchScaleRow(int i, bool& opened) {
         if (t == u"USB") {
             const auto baud =
                 static_cast<std::uint32_t>(core::toInt32(row.baud, QStringLiteral("baud")));
-            opened = s_.usb->openUsbScale(i, baud);
+            if (!s_.usb->openUsbScale(i, baud)) {
+                return false;
+            }
+            openedScales_.push_back(m.netid[i]);
         }
     } else if (t == u"USB485") {
         // The rows are not read on this link: scaleid stays 0.
     } else if (ethernet_) {
         ethernet_->ethernet_start();
+        if (gone()) {
+            return false;
+        }
         // The first request goes out once for the activation, always to address 130.
         if (i == 0 && ethernet_->Winsock1().State() == links::Winsock::sckConnected) {
             f_.Timer2.setEnabled(false);
@@ -218,6 +257,14 @@ void Form1::matchScaleRow(int i, bool& opened) {
             ethernet_->Winsock1().SendData(acquisition::frames::addressedRequest(0x82, 'K'));
         }
     }
+    return true;
+}
+
+void Form1::closeScaleDevices() {
+    for (const std::int32_t handle : openedScales_) {
+        s_.usb->closeScaleDevice(handle);
+    }
+    openedScales_.clear();
 }
 
 void Form1::adddefrec(int i) {

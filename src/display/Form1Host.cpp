@@ -28,6 +28,11 @@ Form1Host::~Form1Host() {
 }
 
 void Form1Host::show() {
+    if (form_ && form_->isUnloaded()) {
+        // That form is only waiting for its last handler to return; a fresh one follows it.
+        showWhenGone_ = true;
+        return;
+    }
     if (!form_) {
         form_ = makeForm_();
         form_->Form_Load();
@@ -82,6 +87,10 @@ void Form1Host::destroyWhenIdle() {
     sized_ = false;
     form_.reset();
     emit closed();
+    if (showWhenGone_) {
+        showWhenGone_ = false;
+        show();
+    }
 }
 
 } // namespace stellwyn::display

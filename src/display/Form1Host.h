@@ -43,6 +43,8 @@ private:
     QPointer<QMdiSubWindow> window_;
     Form1View* view_ = nullptr;
     bool sized_ = false;
+    // A show asked for while the last form was unloaded and not yet destroyed.
+    bool showWhenGone_ = false;
 };
 
 } // namespace stellwyn::display

@@ -129,7 +129,7 @@ void SlaveWindows::btn_slavesload_Click() {
 }
 
 void SlaveWindows::slavesload() {
-    const core::SysCfgRecord cfg = core::readSysCfg(m_.cfgconn);
+    const core::SysCfgRecord cfg = core::readSysCfg(m_.cfgconn, core::SysCfgPart::SlaveLayout);
     for (int k = 0; k < core::kSavedSlaves; ++k) {
         const std::size_t i = static_cast<std::size_t>(k);
         if (core::toBool16(cfg.slaveEnb[i], field(k, "enb")) == core::vbFalse) {

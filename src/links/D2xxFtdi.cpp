@@ -1,6 +1,6 @@
 #include "links/D2xxFtdi.h"
 
-#include "core/Dialogs.h"
+#include "links/LinksLog.h"
 
 #include <cstdint>
 #include <pthread.h>
@@ -25,8 +25,8 @@ struct D2xxFtdi::Event {
     Event& operator=(const Event&) = delete;
 };
 
-D2xxFtdi::D2xxFtdi(const QString& libraryPath, core::Dialogs& dialogs)
-    : library_(libraryPath), dialogs_(dialogs) {}
+D2xxFtdi::D2xxFtdi(const QString& libraryPath, std::function<void(const QString&)> showStatus)
+    : library_(libraryPath), showStatus_(std::move(showStatus)) {}
 
 D2xxFtdi::~D2xxFtdi() {
     // Devices go before the events they may still signal.
@@ -41,10 +41,15 @@ D2xxFtdi::~D2xxFtdi() {
 
 FT_STATUS D2xxFtdi::FT_ListDevices(DWORD& numDevices, DWORD flags) {
     if (!library_.loaded()) {
-        // Said at each attempt to use the adapter, since each one fails for this reason.
-        dialogs_.message(QStringLiteral("The USB driver library %1 could not be loaded (%2). No "
-                                        "USB device can be used until it is installed.")
-                             .arg(library_.path(), library_.errorString()));
+        // Told at each attempt to use the adapter, since each one fails for this reason; the
+        // link says "no device" in its own box.
+        const QString why = QStringLiteral("The USB driver library %1 could not be loaded (%2). "
+                                           "No USB device can be used until it is installed.")
+                                .arg(library_.path(), library_.errorString());
+        qCWarning(lcLinks).noquote() << why;
+        if (showStatus_) {
+            showStatus_(why);
+        }
         numDevices = 0;
         return FT_DEVICE_NOT_FOUND;
     }

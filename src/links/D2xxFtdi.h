@@ -3,12 +3,9 @@
 #include "links/D2xxLibrary.h"
 #include "links/FtdiApi.h"
 
+#include <functional>
 #include <map>
 #include <memory>
-
-namespace stellwyn::core {
-class Dialogs;
-}
 
 namespace stellwyn::links {
 
@@ -17,7 +14,9 @@ namespace stellwyn::links {
 // without reaching it.
 class D2xxFtdi final : public FtdiApi {
 public:
-    D2xxFtdi(const QString& libraryPath, core::Dialogs& dialogs);
+    // showStatus hears why the library did not load, at each use that fails for it; the
+    // link's own message (no device) is the only box.
+    D2xxFtdi(const QString& libraryPath, std::function<void(const QString&)> showStatus);
     ~D2xxFtdi() override;
 
     FT_STATUS FT_ListDevices(DWORD& numDevices, DWORD flags) override;
@@ -49,7 +48,7 @@ private:
     d2xx::Handle find(FtHandle handle) const;
 
     D2xxLibrary library_;
-    core::Dialogs& dialogs_;
+    std::function<void(const QString&)> showStatus_;
     std::map<FtHandle, d2xx::Handle> handles_;
     std::map<FtEvent, std::unique_ptr<Event>> events_;
     // Well above any NetID, as in the other backends.

@@ -111,6 +111,11 @@ public:
     // The event object handed to FT_SetEventNotification; 0 when none can be made. It belongs
     // here and not to the system because its form is the driver library's business.
     virtual FtEvent CreateEventA(bool manualReset, bool initialState, const QString& name) = 0;
+
+    // True when bytes arriving on an open device wake the event loop by themselves, so that a
+    // wait for a reply may sleep until they come; otherwise the wait must look at the queue
+    // now and then.
+    virtual bool wakesEventLoop() const { return false; }
 };
 
 } // namespace stellwyn::links

@@ -8,7 +8,8 @@
 
 namespace stellwyn::links {
 
-std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings, core::Dialogs& dialogs,
+std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings,
+                                     std::function<void(const QString&)> showStatus,
                                      core::Clock& clock) {
     const QString section = QStringLiteral("USB");
     const QString backend =
@@ -19,7 +20,7 @@ std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings, core::
         return std::make_unique<D2xxFtdi>(settings.getSetting(section,
                                                               QStringLiteral("D2xxLibrary"),
                                                               QStringLiteral("libftd2xx.so")),
-                                          dialogs);
+                                          std::move(showStatus));
     }
     if (backend == u"sim") {
         const QString key = QStringLiteral("SimNetIds");
@@ -28,7 +29,7 @@ std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings, core::
                                         : QStringList{QStringLiteral("130")};
         return std::make_unique<SimFtdi>(simNetIds(entries), clock);
     }
-    return std::make_unique<KernelFtdi>(settings);
+    return std::make_unique<KernelFtdi>(settings, std::move(showStatus));
 }
 
 } // namespace stellwyn::links

@@ -2,11 +2,12 @@
 
 #include "links/FtdiApi.h"
 
+#include <QString>
+#include <functional>
 #include <memory>
 
 namespace stellwyn::core {
 class Clock;
-class Dialogs;
 class SettingsStore;
 } // namespace stellwyn::core
 
@@ -14,9 +15,10 @@ namespace stellwyn::links {
 
 // The FTDI backend that USB/Backend names: "kernel" (the default, and for any other value),
 // "d2xx" (the library at USB/D2xxLibrary, default libftd2xx.so) or "sim" (simulated
-// indicators with the NetIDs of USB/SimNetIds, default 130). The settings, dialogs and clock
-// must outlive the backend.
-std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings, core::Dialogs& dialogs,
+// indicators with the NetIDs of USB/SimNetIds, default 130). A backend's own trouble (a library
+// that will not load) goes to showStatus. The settings and clock must outlive the backend.
+std::unique_ptr<FtdiApi> makeFtdiApi(const core::SettingsStore& settings,
+                                     std::function<void(const QString&)> showStatus,
                                      core::Clock& clock);
 
 } // namespace stellwyn::links

@@ -1,11 +1,17 @@
 #include "links/KernelChannel.h"
 
+#include "links/LinksLog.h"
 #include "links/LowLatency.h"
 #include "links/QtLineSettings.h"
 
 #include <QDeadlineTimer>
+#include <QSerialPortInfo>
 
 namespace stellwyn::links {
+
+namespace {
+constexpr int kRetryMs = 500;
+}
 
 KernelChannel::KernelChannel() {
     // An adapter pulled from its socket leaves the link silent; the port is let go at the
@@ -17,21 +23,30 @@ KernelChannel::KernelChannel() {
     });
 }
 
-std::unique_ptr<KernelChannel> KernelChannel::open(const QString& path) {
+std::unique_ptr<KernelChannel> KernelChannel::open(const QString& path,
+                                                   const QByteArray& serialNumber,
+                                                   std::function<void(const QString&)> showStatus) {
     std::unique_ptr<KernelChannel> channel(new KernelChannel());
+    channel->path_ = path;
+    channel->serialNumber_ = serialNumber;
+    channel->showStatus_ = std::move(showStatus);
     channel->port_.setPortName(path);
     if (!channel->port_.open(QIODevice::ReadWrite)) {
         return nullptr;
     }
     // The adapter starts at the line the program always asks for; the calls that follow set
     // it again one by one, each able to fail on its own.
-    applyLineSettings(channel->port_, LineSettings{});
+    applyLineSettings(channel->port_, channel->line_);
     requestLowLatency(static_cast<int>(channel->port_.handle()));
     return channel;
 }
 
 bool KernelChannel::setBaudRate(DWORD baud) {
-    return usable() && baud > 0 && port_.setBaudRate(static_cast<qint32>(baud));
+    if (!usable() || baud == 0 || !port_.setBaudRate(static_cast<qint32>(baud))) {
+        return false;
+    }
+    line_.baud = static_cast<int>(baud);
+    return true;
 }
 
 bool KernelChannel::setFraming(int dataBits, int stopBits, char parity) {
@@ -43,23 +58,35 @@ bool KernelChannel::setFraming(int dataBits, int stopBits, char parity) {
     settings.dataBits = dataBits;
     settings.stopBits = stopBits;
     settings.parity = parity;
-    return applyLineSettings(port_, settings);
+    if (!applyLineSettings(port_, settings)) {
+        return false;
+    }
+    line_ = settings;
+    return true;
 }
 
 bool KernelChannel::setFlowControl(std::uint16_t flowControl) {
     if (!usable()) {
         return false;
     }
+    QSerialPort::FlowControl flow = QSerialPort::NoFlowControl;
     switch (flowControl) {
     case FT_FLOW_NONE:
-        return port_.setFlowControl(QSerialPort::NoFlowControl);
+        break;
     case FT_FLOW_RTS_CTS:
-        return port_.setFlowControl(QSerialPort::HardwareControl);
+        flow = QSerialPort::HardwareControl;
+        break;
     case FT_FLOW_XON_XOFF:
-        return port_.setFlowControl(QSerialPort::SoftwareControl);
+        flow = QSerialPort::SoftwareControl;
+        break;
     default:
         return false;
     }
+    if (!port_.setFlowControl(flow)) {
+        return false;
+    }
+    flow_ = flow;
+    return true;
 }
 
 void KernelChannel::write(const QByteArray& bytes) {
@@ -71,13 +98,22 @@ void KernelChannel::write(const QByteArray& bytes) {
 }
 
 qint64 KernelChannel::waiting() {
-    takeIn(0);
+    if (!usable()) {
+        return 0;
+    }
+    // Bytes already taken in are enough of an answer; asking the system again for each of
+    // them would cost a call every time the scan looks.
+    if (port_.bytesAvailable() == 0) {
+        takeIn(0);
+    }
     return usable() ? port_.bytesAvailable() : 0;
 }
 
 QByteArray KernelChannel::read(qint64 maxSize, int timeoutMs) {
     QDeadlineTimer deadline(timeoutMs);
-    takeIn(0);
+    if (usable() && port_.bytesAvailable() < maxSize) {
+        takeIn(0);
+    }
     while (usable() && port_.bytesAvailable() < maxSize && !deadline.hasExpired()) {
         takeIn(static_cast<int>(deadline.remainingTime()));
     }
@@ -130,8 +166,56 @@ void KernelChannel::takeIn(int timeoutMs) {
 bool KernelChannel::usable() {
     if (lost_ && port_.isOpen()) {
         port_.close();
+        tell(QStringLiteral("The USB adapter %1 is gone. Its scales are polled again as soon "
+                            "as it is plugged back in.")
+                 .arg(path_));
+        nextTry_ = QDeadlineTimer(kRetryMs);
+    }
+    if (lost_ && nextTry_.hasExpired()) {
+        if (!reopen()) {
+            // Tried now and then only: a scan asks many times a second.
+            nextTry_ = QDeadlineTimer(kRetryMs);
+        }
     }
     return port_.isOpen();
+}
+
+bool KernelChannel::reopen() {
+    // The name first (a /dev/serial/by-id link names the same adapter in any socket), then
+    // wherever the system now shows the adapter of that serial number; the list of ports is
+    // costly to make, so it is made only when the name does not do.
+    if (openAt(path_)) {
+        return true;
+    }
+    if (!serialNumber_.isEmpty()) {
+        for (const QSerialPortInfo& port : QSerialPortInfo::availablePorts()) {
+            if (port.serialNumber().toLatin1() == serialNumber_ && openAt(port.systemLocation())) {
+                return true;
+            }
+        }
+    }
+    port_.clearError();
+    return false;
+}
+
+bool KernelChannel::openAt(const QString& place) {
+    port_.setPortName(place);
+    if (!port_.open(QIODevice::ReadWrite)) {
+        return false;
+    }
+    applyLineSettings(port_, line_);
+    port_.setFlowControl(flow_);
+    requestLowLatency(static_cast<int>(port_.handle()));
+    lost_ = false;
+    tell(QStringLiteral("The USB adapter %1 is back.").arg(path_));
+    return true;
+}
+
+void KernelChannel::tell(const QString& text) {
+    qCWarning(lcLinks).noquote() << text;
+    if (showStatus_) {
+        showStatus_(text);
+    }
 }
 
 } // namespace stellwyn::links

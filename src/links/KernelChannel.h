@@ -1,17 +1,24 @@
 #pragma once
 
 #include "links/FtdiChannel.h"
+#include "links/LineSettings.h"
 #include "links/ReadBufferBound.h"
 
+#include <QDeadlineTimer>
 #include <QSerialPort>
+#include <functional>
 
 namespace stellwyn::links {
 
-// An FTDI adapter under the system's own driver, driven as a serial device.
+// An FTDI adapter under the system's own driver, driven as a serial device. An adapter pulled
+// out is told once and tried again now and then, by its name and then by its serial number;
+// when it is back, it gets the line it had and the link goes on by itself.
 class KernelChannel final : public FtdiChannel {
 public:
-    // Nothing when the device will not open.
-    static std::unique_ptr<KernelChannel> open(const QString& path);
+    // Nothing when the device will not open. showStatus hears that the device went and came
+    // back.
+    static std::unique_ptr<KernelChannel> open(const QString& path, const QByteArray& serialNumber,
+                                               std::function<void(const QString&)> showStatus);
 
     bool setBaudRate(DWORD baud) override;
     bool setFraming(int dataBits, int stopBits, char parity) override;
@@ -28,10 +35,20 @@ private:
     // Takes in what the system holds, waiting up to timeoutMs for it.
     void takeIn(int timeoutMs);
     bool usable();
+    // Opens the device again where it now is; false while it is still away.
+    bool reopen();
+    bool openAt(const QString& place);
+    void tell(const QString& text);
 
     QSerialPort port_;
     ReadBufferBound bound_{port_};
+    QString path_;
+    QByteArray serialNumber_;
+    std::function<void(const QString&)> showStatus_;
+    LineSettings line_;
+    QSerialPort::FlowControl flow_ = QSerialPort::NoFlowControl;
     bool lost_ = false;
+    QDeadlineTimer nextTry_;
 };
 
 } // namespace stellwyn::links

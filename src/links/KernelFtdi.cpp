@@ -5,7 +5,9 @@
 
 namespace stellwyn::links {
 
-KernelFtdi::KernelFtdi(const core::SettingsStore& settings) : settings_(settings) {}
+KernelFtdi::KernelFtdi(const core::SettingsStore& settings,
+                       std::function<void(const QString&)> showStatus)
+    : settings_(settings), showStatus_(std::move(showStatus)) {}
 
 QList<FtdiDeviceInfo> KernelFtdi::devices() {
     QList<FtdiDeviceInfo> infos;
@@ -20,7 +22,8 @@ std::unique_ptr<FtdiChannel> KernelFtdi::openChannel(int index) {
     if (index < 0 || index >= list.size()) {
         return nullptr;
     }
-    return KernelChannel::open(list.at(index).path);
+    const KernelDevice& device = list.at(index);
+    return KernelChannel::open(device.path, device.info.serialNumber, showStatus_);
 }
 
 } // namespace stellwyn::links

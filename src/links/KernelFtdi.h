@@ -2,6 +2,9 @@
 
 #include "links/ChannelFtdi.h"
 
+#include <QString>
+#include <functional>
+
 namespace stellwyn::core {
 class SettingsStore;
 }
@@ -12,7 +15,12 @@ namespace stellwyn::links {
 // entry of the device list, taken afresh at each call as adapters come and go.
 class KernelFtdi final : public ChannelFtdi {
 public:
-    explicit KernelFtdi(const core::SettingsStore& settings);
+    // showStatus hears of an adapter that went and came back.
+    explicit KernelFtdi(const core::SettingsStore& settings,
+                        std::function<void(const QString&)> showStatus = {});
+
+    // The system's driver is watched by the event loop through the serial port.
+    bool wakesEventLoop() const override { return true; }
 
 protected:
     QList<FtdiDeviceInfo> devices() override;
@@ -20,6 +28,7 @@ protected:
 
 private:
     const core::SettingsStore& settings_;
+    std::function<void(const QString&)> showStatus_;
 };
 
 } // namespace stellwyn::links

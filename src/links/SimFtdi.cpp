@@ -30,7 +30,8 @@ QList<int> simNetIds(const QStringList& entries) {
     for (const QString& entry : entries) {
         bool ok = false;
         const int netId = entry.trimmed().toInt(&ok);
-        if (ok) {
+        // A NetID is one byte: a number beyond it would stand for another scale on the wire.
+        if (ok && netId >= 0 && netId <= 255) {
             netIds << netId;
         }
     }

@@ -113,6 +113,10 @@ bool UsbLink::openUsbScale(int i, DWORD baud) {
     return true;
 }
 
+void UsbLink::closeScaleDevice(FtHandle handle) {
+    ftdi_.FT_Close(handle);
+}
+
 void UsbLink::usb_close() {
     if (m_.commtype == u"USB485") {
         ftdi_.FT_Close(m_.usbhandle);

@@ -34,6 +34,8 @@ public:
     // netid[i] and its line is set up at the baud rate of the scale's row. False, after saying
     // so, when the device does not open.
     bool openUsbScale(int i, std::uint32_t baud);
+    // Gives back a scale device that openUsbScale opened; the result is of no use to anyone.
+    void closeScaleDevice(std::int32_t handle);
 
     // The box of a failed flow control, which the timeouts' failures show as well.
     static QString flowControlFailed();

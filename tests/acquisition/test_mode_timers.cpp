@@ -427,7 +427,7 @@ void ModeTimersTest::waits_keepTheirLengthWhenTheWallClockIsSet() {
         core::pause(s.clock, 5.0);
         break;
     case Wait::ReplyWait: {
-        acquisition::ReplyWait reply(s.clock);
+        acquisition::ReplyWait reply(s.clock, false);
         while (!reply.over()) {
             reply.yield();
         }

@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QSignalSpy>
 #include <QTest>
+#include <limits>
 
 using namespace stellwyn;
 using testsupport::RecordingDialogs;
@@ -38,7 +39,8 @@ QString couldNotOpen(const TempHome& home) {
 // Runs the start-up with every hook recording into the same list as the dialogs, so the test
 // sees one order of events.
 struct Startup {
-    explicit Startup(const TempHome& folder) : home(folder.path()), main(m, dialogs, home) {
+    explicit Startup(const TempHome& folder) : Startup(folder.path()) {}
+    explicit Startup(const QString& folder) : home(folder), main(m, dialogs, home) {
         main.loadFrame = [this] { dialogs.said << QStringLiteral("frame loaded"); };
         main.showFrame = [this] { dialogs.said << QStringLiteral("frame shown"); };
         main.showGetdatapath = [this](core::Getdatapath& chooser) {
@@ -75,9 +77,13 @@ private slots:
     void start_cfgFolderWithComma_usesThePartBeforeIt();
     void start_chooserPicksFolder_takesEffect();
     void start_secondInstanceInSameHome_refused();
+    void start_lockCannotBeMade_isFatalNamingTheFolder();
     void loadsettings_values_data();
     void loadsettings_values();
     void loadsettings_emptySysCfg_isFatal();
+    void loadsettings_takesEachKeyFromItsOwnColumnAndNoOther();
+    void frame_placeFromSettings_liesOnTheScreen_data();
+    void frame_placeFromSettings_liesOnTheScreen();
     void frame_closedMinimized_keepsPlace_data();
     void frame_closedMinimized_keepsPlace();
     void frame_setupMenu_refusedWhileScreenUp_data();
@@ -172,6 +178,22 @@ void Startup_::start_secondInstanceInSameHome_refused() {
                                          "Stellwyn program running.")}));
 }
 
+// Nothing can be made where a file stands in for the program's folder, whoever runs the test.
+void Startup_::start_lockCannotBeMade_isFatalNamingTheFolder() {
+    TempHome folder;
+    folder.write(QStringLiteral("home"), "a file where the program's folder should be");
+    Startup s(folder.file(QStringLiteral("home")));
+    try {
+        s.main.run();
+        QFAIL("started without a lock");
+    } catch (const core::FatalError& error) {
+        QVERIFY2(
+            error.text().contains(QDir::toNativeSeparators(folder.file(QStringLiteral("home")))),
+            qPrintable(error.text()));
+    }
+    QCOMPARE(s.dialogs.said, QStringList{});
+}
+
 void Startup_::loadsettings_values_data() {
     QTest::addColumn<QString>("field");
     QTest::addColumn<QVariant>("stored");
@@ -229,6 +251,45 @@ void Startup_::loadsettings_values() {
     QCOMPARE(m.usbreset, 0);
 }
 
+// Every key a value of its own, so that a key read from another's column shows; the columns
+// that belong to others (usbreset, the slave layout) are gone from the record.
+void Startup_::loadsettings_takesEachKeyFromItsOwnColumnAndNoOther() {
+    TempHome folder;
+    core::createDatabase(folder.path());
+    const QList<std::pair<QString, QVariant>> stored = {
+        {"commtype", "USB485"}, {"commport", 3},      {"rfnet", 5},
+        {"smallfonts", 7},      {"rfnetid", "4"},     {"tagblz", 11},
+        {"netpolltime", 1.5},   {"netdeltime", 0.07}, {"datacolenbstart", -1}};
+    for (const auto& [field, value] : stored) {
+        setSysCfg(folder.path(), field, value);
+    }
+    {
+        core::Connection c = core::Connection::open(core::connectionText(folder.path()));
+        QStringList others{QStringLiteral("usbreset")};
+        for (int k = 0; k < 9; ++k) {
+            for (const char* what : {"enb", "left", "top"}) {
+                others << QStringLiteral("slave%1%2").arg(k).arg(QLatin1String(what));
+            }
+        }
+        for (const QString& column : others) {
+            c.run(QStringLiteral("alter table syscfg drop column ") + column);
+        }
+    }
+    core::Module1 m;
+    m.cfgconn = core::connectionText(folder.path());
+    core::loadsettings(m);
+    QCOMPARE(m.commtype, QStringLiteral("USB485"));
+    QCOMPARE(m.commport, 3);
+    QCOMPARE(m.rfnet, 5);
+    QCOMPARE(m.smallfonts, 7);
+    QCOMPARE(m.rfnetid, QStringLiteral("4"));
+    QCOMPARE(m.tagblz, 11);
+    QCOMPARE(m.netpolltime, 1.5);
+    QCOMPARE(m.netdeltime, 0.07);
+    QCOMPARE(m.datacolenbstart, core::vbTrue);
+    QCOMPARE(m.commsettings, QStringLiteral("9600,N,8,1"));
+}
+
 void Startup_::loadsettings_emptySysCfg_isFatal() {
     TempHome folder;
     core::createDatabase(folder.path());
@@ -239,6 +300,34 @@ void Startup_::loadsettings_emptySysCfg_isFatal() {
     core::Module1 m;
     m.cfgconn = core::connectionText(folder.path());
     QVERIFY_THROWS_EXCEPTION(core::FatalError, core::loadsettings(m));
+}
+
+// Places in twips at 96 dots per inch (15 twips a pixel) on a screen of 1000 x 800 at 0, 0.
+void Startup_::frame_placeFromSettings_liesOnTheScreen_data() {
+    QTest::addColumn<QList<int>>("twips"); // left, top, width, height
+    QTest::addColumn<QRect>("pixels");
+    const int big = std::numeric_limits<int>::max();
+    const int small = std::numeric_limits<int>::min();
+    QTest::newRow("inside stays") << QList<int>{1500, 3000, 6000, 4500}
+                                  << QRect(100, 200, 400, 300);
+    QTest::newRow("off to the right and below comes back")
+        << QList<int>{30000, 30000, 6000, 4500} << QRect(600, 500, 400, 300);
+    QTest::newRow("off to the left and above comes back")
+        << QList<int>{-9000, -9000, 6000, 4500} << QRect(0, 0, 400, 300);
+    QTest::newRow("larger than the screen fits it")
+        << QList<int>{0, 0, 60000, 60000} << QRect(0, 0, 1000, 800);
+    QTest::newRow("too small to use grows") << QList<int>{0, 0, 15, 0} << QRect(0, 0, 200, 200);
+    QTest::newRow("the int's limits") << QList<int>{big, small, big, big} << QRect(0, 0, 1000, 800);
+    QTest::newRow("the int's limits, other way")
+        << QList<int>{small, big, small, small} << QRect(0, 600, 200, 200);
+}
+
+void Startup_::frame_placeFromSettings_liesOnTheScreen() {
+    QFETCH(QList<int>, twips);
+    QFETCH(QRect, pixels);
+    QCOMPARE(app::FrmMainView::visiblePlace(twips[0], twips[1], twips[2], twips[3], 96, 96,
+                                            QRect(0, 0, 1000, 800)),
+             pixels);
 }
 
 void Startup_::frame_closedMinimized_keepsPlace_data() {

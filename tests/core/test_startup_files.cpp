@@ -48,6 +48,9 @@ void StartupFiles::cfgFirstField_data() {
     QTest::newRow("quoted keeps its comma") << QByteArray("\"/srv/a,b\"\n") << "/srv/a,b";
     QTest::newRow("only the first line") << QByteArray("/one\n/two\n") << "/one";
     QTest::newRow("empty file") << QByteArray() << "";
+    const QByteArray endless = '/' + QByteArray(1 << 20, 'a');
+    QTest::newRow("a megabyte with no line end, read as far as a path goes")
+        << endless << QString::fromLatin1(endless.left(cfgtxt::kLongestLine));
 }
 
 void StartupFiles::cfgFirstField() {

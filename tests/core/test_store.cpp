@@ -12,6 +12,7 @@
 
 #include <QDir>
 #include <QtTest>
+#include <optional>
 
 using namespace stellwyn::core;
 using stellwyn::testsupport::TempHome;
@@ -101,6 +102,8 @@ private slots:
     void compaction_keepsEveryRowAndLeavesNoTemp_data();
     void compaction_keepsEveryRowAndLeavesNoTemp();
     void compaction_ofNonDatabase_failsAndKeepsTheFile();
+    void compaction_besideAnotherStation_losesNoRow_data();
+    void compaction_besideAnotherStation_losesNoRow();
 };
 
 void TestStore::connectionText_namesTheDataFileOfTheFolder() {
@@ -679,6 +682,43 @@ void TestStore::compaction_ofNonDatabase_failsAndKeepsTheFile() {
     }
     QCOMPARE(home.read(QStringLiteral("svdata.mdb")), kNotADatabase);
     QVERIFY(!home.exists(QStringLiteral("temp.mdb")));
+}
+
+void TestStore::compaction_besideAnotherStation_losesNoRow_data() {
+    QTest::addColumn<bool>("writing");
+    QTest::newRow("its handle open and idle") << false;
+    QTest::newRow("in the middle of a write") << true;
+}
+
+// Another station (a second connection: SQLite locks it as it would another process) has the
+// database open while this one starts; its row lands in the file everyone reads, or the
+// compaction fails naming the file.
+void TestStore::compaction_besideAnotherStation_losesNoRow() {
+    QFETCH(bool, writing);
+    TempHome home;
+    { Connection created = openNew(home); }
+    Connection other = Connection::open(svdataOf(home));
+    const QDateTime at(QDate(2024, 3, 1), QTime(10, 0));
+    std::optional<Transaction> write;
+    if (writing) {
+        write.emplace(other);
+        insertReading(other, QStringLiteral("130"), QStringLiteral("12.5"), at);
+        try {
+            compactDatabase(home.path());
+            QFAIL("compacted under another station's write");
+        } catch (const DatabaseError& e) {
+            QVERIFY2(e.text().contains(QDir::toNativeSeparators(svdataOf(home))),
+                     qPrintable(e.text()));
+        }
+        write->commit();
+    } else {
+        compactDatabase(home.path());
+        insertReading(other, QStringLiteral("130"), QStringLiteral("12.5"), at);
+    }
+    Connection reader = Connection::open(svdataOf(home));
+    const QList<DataColRow> rows = readings(reader, DataColOrder::byId);
+    QCOMPARE(rows.size(), 1);
+    QCOMPARE(rows[0].reading, QStringLiteral("12.5"));
 }
 
 QTEST_GUILESS_MAIN(TestStore)

@@ -27,10 +27,20 @@ display::Form1& ScreenFixture::newForm(links::FtdiApi* ftdiOverride) {
     timers.reset();
     form_.reset();
     timers = std::make_unique<testsupport::VirtualTimers>(clock);
+    form_ = makeForm(ftdiOverride, true);
+    return *form_;
+}
+
+std::unique_ptr<display::Form1> ScreenFixture::makeForm(links::FtdiApi* ftdiOverride,
+                                                        bool virtualTimers) {
     links::UsbLink* link = &usb;
     if (ftdiOverride != nullptr) {
         usbOverride_ = std::make_unique<links::UsbLink>(m, *ftdiOverride, dialogs);
         link = usbOverride_.get();
+    }
+    std::function<void(core::Timer&)> drive;
+    if (virtualTimers) {
+        drive = [this](core::Timer& timer) { timers->drive(timer); };
     }
     display::Form1Services services{m,
                                     dialogs,
@@ -44,11 +54,10 @@ display::Form1& ScreenFixture::newForm(links::FtdiApi* ftdiOverride) {
                                     },
                                     ftdiOverride != nullptr ? ftdiOverride : &ftdi,
                                     link,
-                                    [this](core::Timer& timer) { timers->drive(timer); }};
+                                    drive};
     display::Form1Calls calls;
     calls.showStatus = [this](const QString& text) { statuses << text; };
-    form_ = std::make_unique<display::Form1>(std::move(services), std::move(calls));
-    return *form_;
+    return std::make_unique<display::Form1>(std::move(services), std::move(calls));
 }
 
 QStringList ScreenFixture::scaleCfgRows() const {

@@ -26,6 +26,9 @@ struct ScreenFixture {
 
     // A fresh Form1, as a new pick of "Activate Remote Screen" makes; the last one goes.
     display::Form1& newForm(links::FtdiApi* ftdiOverride = nullptr);
+    // A form the caller owns, its timers on the virtual clock or, for a frame's host that
+    // destroys forms as it likes, Qt's own.
+    std::unique_ptr<display::Form1> makeForm(links::FtdiApi* ftdiOverride, bool virtualTimers);
     display::Form1& form() { return *form_; }
     core::Form1Controls& f() { return form_->controls(); }
     // The serial port of the form last made.

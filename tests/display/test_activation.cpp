@@ -6,11 +6,82 @@
 
 #include <QSignalSpy>
 #include <QTest>
+#include <functional>
+#include <memory>
 
 using namespace stellwyn;
 using displaytest::ScreenFixture;
 
 namespace {
+
+// Runs `action` inside yields of the code under test: at the n-th yield only, or at each one
+// when n is 0. It posts itself afresh at each delivery, so every yield delivers it.
+class AtYield : public QObject {
+public:
+    AtYield(int n, std::function<void()> action) : n_(n), action_(std::move(action)) { post(); }
+    ~AtYield() override { n_ = -1; }
+    int delivered() const { return count_; }
+    bool fired() const { return fired_; }
+
+private:
+    void post() {
+        QMetaObject::invokeMethod(
+            this, [this] { deliver(); }, Qt::QueuedConnection);
+    }
+    void deliver() {
+        if (n_ < 0) {
+            return;
+        }
+        ++count_;
+        post();
+        if (n_ == 0 || count_ == n_) {
+            fired_ = true;
+            action_();
+        }
+    }
+    int n_;
+    std::function<void()> action_;
+    int count_ = 0;
+    bool fired_ = false;
+};
+
+struct LinkCase {
+    QString commtype;
+    QString rows;
+    QString sccfgRows;
+    int devices = 0;
+    bool adapterHeldBefore = false;
+};
+
+// A screen on one link, its adapter and devices as the case says.
+std::unique_ptr<ScreenFixture> screenFor(const LinkCase& c) {
+    auto s = std::make_unique<ScreenFixture>(c.commtype, c.rows, c.sccfgRows);
+    for (int i = 0; i < c.devices; ++i) {
+        s->ftdi.devices << linkstest::ScriptedFtdi::Device{"S" + QByteArray::number(i),
+                                                           "scale " + QByteArray::number(i)};
+    }
+    if (c.adapterHeldBefore) {
+        s->m.usbhandle = 0x777;
+    }
+    return s;
+}
+
+int blankRows(const ScreenFixture& s) {
+    auto connection = core::Connection::open(s.home.file(QStringLiteral("svdata.mdb")));
+    int blank = 0;
+    for (const core::ScaleCfgRow& row : core::allScaleCfg(connection)) {
+        blank += row.description.isEmpty() ? 1 : 0;
+    }
+    return blank;
+}
+
+void addLinkCases() {
+    QTest::addColumn<LinkCase>("link");
+    QTest::newRow("RS232, empty table") << LinkCase{"RS232", "", "", 0, false};
+    QTest::newRow("RS485") << LinkCase{"RS485", "", "RS485/130 RS485/131", 0, false};
+    QTest::newRow("USB485") << LinkCase{"USB485", "RS485/130 RS485/131", "", 1, false};
+    QTest::newRow("USB") << LinkCase{"USB", "", "", 2, true};
+}
 
 QString line(const char* text) {
     return QStringLiteral("message: ") + QString::fromUtf8(text);
@@ -32,6 +103,7 @@ struct Outcome {
 } // namespace
 
 Q_DECLARE_METATYPE(Outcome)
+Q_DECLARE_METATYPE(LinkCase)
 
 class ActivationTest : public QObject {
     Q_OBJECT
@@ -49,6 +121,10 @@ private slots:
     void rfnet_runsRfSetupAfterAFailedLink();
     void netIdThatIsNoByte_isToldAndNeverSent_data();
     void netIdThatIsNoByte_isToldAndNeverSent();
+    void closedInAnyYield_endsTheActivationClean_data();
+    void closedInAnyYield_endsTheActivationClean();
+    void activationNestedInAYield_doesNothing_data();
+    void activationNestedInAYield_doesNothing();
 };
 
 void ActivationTest::activation_eachLink_data() {
@@ -108,9 +184,10 @@ void ActivationTest::activation_eachLink_data() {
         << "USB485"
         << ""
         << "" << 1 << false << Outcome{{"beep", noRows}, true, {}, "", true};
+    // The adapter's open holds device 0, so scale 0's own open of it is refused.
     QTest::newRow("USB") << "USB"
                          << ""
-                         << "" << 2 << false << Outcome{{}, true, {"scale 0", "scale 1"}, "", true};
+                         << "" << 2 << false << Outcome{{line("Open Failed")}, true, {}, "", true};
     QTest::newRow("USB no device")
         << "USB"
         << ""
@@ -244,16 +321,17 @@ void ActivationTest::rs232_emptyTable_getsItsFirstRowFromAdddefrec() {
 void ActivationTest::usb_opensEachScaleAndKeepsItsRow() {
     ScreenFixture s(QStringLiteral("USB"));
     s.ftdi.devices = {{"A1", "scale a"}, {"B2", "scale b"}};
+    // An adapter handle the bus does not hold: its open is skipped, device 0 stays free.
+    s.m.usbhandle = 0x777;
     display::Form1& form = s.newForm();
     form.Form_Load();
     form.Form_Activate();
     QVERIFY(s.dialogs.said.isEmpty());
     QCOMPARE(s.scaleCfgRows(), (QStringList{"USB/A1", "USB/B2"}));
-    // Device 0 is opened once as the adapter and once more as scale 0.
     QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")),
-             (QStringList{"FT_Open 0", "FT_Open 0", "FT_Open 1"}));
-    QVERIFY(s.m.netid[0] != 0 && s.m.netid[1] != 0 && s.m.netid[0] != s.m.netid[1]);
-    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_SetBaudRate")).size(), 3);
+             (QStringList{"FT_Open 0", "FT_Open 1"}));
+    QCOMPARE(s.ftdi.openHandles, (QSet<links::FtHandle>{s.m.netid[0], s.m.netid[1]}));
+    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_SetBaudRate")).size(), 2);
     // Nothing runs until the operator picks a mode.
     QVERIFY(!s.f().Timer2.running() && !s.f().Timer1[0].running());
 }
@@ -261,17 +339,16 @@ void ActivationTest::usb_opensEachScaleAndKeepsItsRow() {
 void ActivationTest::usbScaleOpenFails_leavesTheScreenUpWithNothingRunning() {
     ScreenFixture s(QStringLiteral("USB"));
     s.ftdi.devices = {{"A1", "scale a"}, {"B2", "scale b"}};
-    // The adapter is still open from an earlier screen, so only the scales' opens are made.
-    s.m.usbhandle = 0x777;
-    s.ftdi.results[QStringLiteral("FT_Open")] = links::FT_DEVICE_NOT_OPENED;
     display::Form1& form = s.newForm();
     form.Form_Load();
     form.Form_Activate();
+    // The adapter holds device 0; scale 0's open meets it in use, and scale 1 is not tried.
     QCOMPARE(s.dialogs.said, QStringList{line("Open Failed")});
     QVERIFY(form.isVisible());
     QCOMPARE(s.m.formactive, core::vbTrue);
     QVERIFY(s.f().Combo1.items().isEmpty());
-    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")), QStringList{"FT_Open 0"});
+    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")),
+             (QStringList{"FT_Open 0", "FT_Open 0"}));
     QVERIFY(!s.f().Timer2.running() && !s.f().Timer1[0].running());
 }
 
@@ -377,6 +454,66 @@ void ActivationTest::netIdThatIsNoByte_isToldAndNeverSent() {
     QCOMPARE(sent, QByteArray("\x82\x11"
                               "1")
                        .repeated(sent.size() / 3));
+}
+
+void ActivationTest::closedInAnyYield_endsTheActivationClean_data() {
+    addLinkCases();
+}
+
+// The exit is clicked in the first yield of the activation, then in the second, and so on
+// until the activation runs through with no yield left to close it in.
+void ActivationTest::closedInAnyYield_endsTheActivationClean() {
+    QFETCH(LinkCase, link);
+    int n = 1;
+    for (;; ++n) {
+        const auto s = screenFor(link);
+        display::Form1& form = s->newForm();
+        form.Form_Load();
+        const int blankBefore = blankRows(*s);
+        AtYield exit(n, [&form] { form.Command1_Click(); });
+        form.Form_Activate();
+        if (!exit.fired()) {
+            break;
+        }
+        const QString at = QStringLiteral("closed in yield %1").arg(n);
+        QVERIFY2(form.isUnloaded(), qPrintable(at));
+        QVERIFY2(s->m.scalecount == 0, qPrintable(at));
+        // A row added for a scale the unload has cleared from the table would be blank.
+        QVERIFY2(blankRows(*s) == blankBefore, qPrintable(at));
+        // The adapter stays open for the next screen; no scale device is left held.
+        QVERIFY2(s->ftdi.openHandles.isEmpty() ||
+                     s->ftdi.openHandles == QSet<links::FtHandle>{s->m.usbhandle},
+                 qPrintable(at));
+        const QByteArray sent = s->adapterBytes();
+        s->timers->runFor(1.0);
+        QVERIFY2(s->adapterBytes() == sent, qPrintable(at));
+        QVERIFY2(!s->f().Timer1[0].running() && !s->f().Timer2.running(), qPrintable(at));
+    }
+    // The activation has more than a few yields: each was tried.
+    QVERIFY(n > 5);
+}
+
+void ActivationTest::activationNestedInAYield_doesNothing_data() {
+    addLinkCases();
+}
+
+void ActivationTest::activationNestedInAYield_doesNothing() {
+    QFETCH(LinkCase, link);
+    const auto once = screenFor(link);
+    once->newForm().Form_Load();
+    once->form().Form_Activate();
+
+    const auto s = screenFor(link);
+    display::Form1& form = s->newForm();
+    form.Form_Load();
+    AtYield again(0, [&form] { form.Form_Activate(); });
+    form.Form_Activate();
+    QVERIFY(again.delivered() > 5);
+    QCOMPARE(s->dialogs.said, once->dialogs.said);
+    QCOMPARE(s->ftdi.calls, once->ftdi.calls);
+    QCOMPARE(s->port().operations, once->port().operations);
+    QCOMPARE(s->f().Combo1.items(), once->f().Combo1.items());
+    QCOMPARE(s->scaleCfgRows(), once->scaleCfgRows());
 }
 
 QTEST_GUILESS_MAIN(ActivationTest)

@@ -1,6 +1,7 @@
 // The main screen's window on simulated scales: a reply changes the live weight on screen, the
 // scan table follows every scale, and the keys are hit where they are drawn at any size.
 #include "ScreenFixture.h"
+#include "display/Form1Host.h"
 #include "display/Form1View.h"
 #include "display/IndicatorPictureView.h"
 #include "display/Keypad.h"
@@ -12,7 +13,10 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QTableWidget>
 #include <QTest>
 
@@ -56,6 +60,7 @@ private slots:
     void slave_followsItsScaleAndSelectsItOnClick();
     void readingWithLetters_takesTheFourteenSegmentFace_data();
     void readingWithLetters_takesTheFourteenSegmentFace();
+    void host_showsAFreshScreenOnceTheUnloadedOneHasGone();
 };
 
 void Form1ViewTest::screenLabel_showsTheReplyOfTheChosenScale() {
@@ -185,6 +190,27 @@ void Form1ViewTest::readingWithLetters_takesTheFourteenSegmentFace() {
     label.setReading(QStringLiteral("  00.0"));
     label.setReading(reading);
     QCOMPARE(label.font().family(), family);
+}
+
+// A pick of the menu while the last screen is unloaded but still in its handler.
+void Form1ViewTest::host_showsAFreshScreenOnceTheUnloadedOneHasGone() {
+    displaytest::ScreenFixture s(QStringLiteral("RS232"));
+    QMdiArea area;
+    display::Form1Host host(area, [&s] { return s.makeForm(nullptr, false); });
+    host.show();
+    QTRY_COMPARE(s.m.formactive, core::vbTrue);
+    QPointer<display::Form1> first = host.form();
+    first->runEvent([&] {
+        first->Command1_Click();
+        host.show();
+        const QList<QMdiSubWindow*> windows = area.subWindowList();
+        QVERIFY(std::none_of(windows.begin(), windows.end(),
+                             [](const QMdiSubWindow* w) { return !w->isHidden(); }));
+    });
+    QTRY_VERIFY(first.isNull() && host.form() != nullptr);
+    QTRY_COMPARE(s.m.formactive, core::vbTrue);
+    QVERIFY(!host.form()->isUnloaded());
+    QCOMPARE(area.subWindowList().size(), 1);
 }
 
 QTEST_MAIN(Form1ViewTest)

@@ -47,12 +47,19 @@ FT_STATUS ScriptedFtdi::FT_ListDevices(DWORD index, QByteArray& buffer, DWORD fl
 
 FT_STATUS ScriptedFtdi::FT_Open(int deviceNumber, FtHandle& handle) {
     calls << QStringLiteral("FT_Open %1").arg(deviceNumber);
-    const FT_STATUS status = result(QStringLiteral("FT_Open"),
-                                    deviceNumber < devices.size() ? FT_OK : FT_DEVICE_NOT_FOUND);
+    // As the library, a device held by an open handle is not opened a second time.
+    FT_STATUS own = FT_OK;
+    if (deviceNumber < 0 || deviceNumber >= devices.size()) {
+        own = FT_DEVICE_NOT_FOUND;
+    } else if (heldDevices_.values().contains(deviceNumber)) {
+        own = FT_DEVICE_NOT_OPENED;
+    }
+    const FT_STATUS status = result(QStringLiteral("FT_Open"), own);
     if (status == FT_OK) {
         handle = next_++;
         opened_ << handle;
         openHandles.insert(handle);
+        heldDevices_.insert(handle, deviceNumber);
     }
     return status;
 }
@@ -60,6 +67,7 @@ FT_STATUS ScriptedFtdi::FT_Open(int deviceNumber, FtHandle& handle) {
 FT_STATUS ScriptedFtdi::FT_Close(FtHandle handle) {
     const FT_STATUS status = onHandle(QStringLiteral("FT_Close"), handle, QString());
     openHandles.remove(handle);
+    heldDevices_.remove(handle);
     return status;
 }
 

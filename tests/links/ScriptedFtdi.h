@@ -61,6 +61,8 @@ private:
     QString nameOf(links::FtHandle handle) const;
 
     QList<links::FtHandle> opened_;
+    // The device index each open handle holds.
+    QMap<links::FtHandle, int> heldDevices_;
     links::FtHandle next_ = 0x1000;
 };
 

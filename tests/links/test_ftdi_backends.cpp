@@ -17,7 +17,9 @@
 #include "links/SimFtdi.h"
 #include "links/UsbLink.h"
 
+#include <QTemporaryDir>
 #include <QTest>
+#include <memory>
 
 using namespace stellwyn;
 using links::DWORD;
@@ -90,6 +92,7 @@ private slots:
     void kernel_bytesPassBothWaysAndPurgeEmpties();
     void kernel_oneHolderPerDevice();
     void kernel_usb485_scansTheSimulatorNetwork();
+    void kernel_adapterPulledAndBack_isToldOnceAndScansResume();
     void sim_usb485_scansTheBusOnTheVirtualClock();
     void sim_readWaitsOnTheClockUpToItsTimeout();
     void factory_picksTheBackendOfTheSettings_data();
@@ -211,6 +214,63 @@ void FtdiBackends::kernel_usb485_scansTheSimulatorNetwork() {
     QTRY_COMPARE_WITH_TIMEOUT(sim.received(), sent, kWireTimeoutMs);
 }
 
+// The simulator's terminal closes and opens again under the same name, as an adapter
+// pulled out and put back shows under /dev/serial/by-id.
+void FtdiBackends::kernel_adapterPulledAndBack_isToldOnceAndScansResume() {
+    QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("usb-Corvane_adapter-if00-port0"));
+    const QStringList arguments{QStringLiteral("--mode"), QStringLiteral("addressed"),
+                                QStringLiteral("--ids"),  QStringLiteral("130"),
+                                QStringLiteral("--link"), name};
+    auto sim = std::make_unique<linkstest::SimProcess>(arguments);
+    QVERIFY2(!sim->slavePath().isEmpty(), qPrintable(sim->errorText()));
+    Station s;
+    s.usbSetting("Devices", name);
+    QStringList told;
+    links::KernelFtdi ftdi(s.settings, [&told](const QString& text) { told << text; });
+    FtHandle handle = 0;
+    QCOMPARE(ftdi.FT_Open(0, handle), FT_OK);
+    QCOMPARE(ftdi.FT_SetBaudRate(handle, 9600), FT_OK);
+    // One request and a short wait for its reply, as a scan gives each scale.
+    const auto poll = [&] {
+        DWORD written = 0;
+        ftdi.FT_Write(handle, request(130), 3, written);
+        QByteArray reply;
+        [[maybe_unused]] const bool answered = QTest::qWaitFor(
+            [&] {
+                DWORD waiting = 0;
+                ftdi.FT_GetQueueStatus(handle, waiting);
+                if (waiting > 0) {
+                    QByteArray got;
+                    DWORD n = 0;
+                    ftdi.FT_Read(handle, got, waiting, n);
+                    reply += got;
+                }
+                return reply.contains('\r');
+            },
+            250);
+        return reply;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(!poll().isEmpty(), kWireTimeoutMs);
+
+    sim.reset();
+    for (int i = 0; i < 5; ++i) {
+        QVERIFY(poll().isEmpty());
+    }
+    QCOMPARE(told.size(), 1);
+    QVERIFY2(told[0].contains(name) && told[0].contains(QLatin1String("gone")),
+             qPrintable(told[0]));
+
+    sim = std::make_unique<linkstest::SimProcess>(arguments);
+    QVERIFY2(!sim->slavePath().isEmpty(), qPrintable(sim->errorText()));
+    QTRY_VERIFY_WITH_TIMEOUT(!poll().isEmpty(), 3 * kWireTimeoutMs);
+    QCOMPARE(told.size(), 2);
+    QVERIFY2(told[1].contains(QLatin1String("back")), qPrintable(told[1]));
+    // The line it had is the line it has again.
+    DWORD status = 0;
+    QCOMPARE(ftdi.FT_GetModemStatus(handle, status), FT_OK);
+}
+
 void FtdiBackends::sim_usb485_scansTheBusOnTheVirtualClock() {
     core::VirtualClock clock;
     Station s;
@@ -285,11 +345,13 @@ void FtdiBackends::factory_picksTheBackendOfTheSettings() {
     if (!backend.isEmpty()) {
         s.usbSetting("Backend", backend);
     }
-    s.usbSetting("SimNetIds", QStringLiteral("130, 131,x,132"));
+    s.usbSetting("SimNetIds", QStringLiteral("130, 131,x,132,999,-1"));
     s.usbSetting("D2xxLibrary", QStringLiteral("/nonexistent/libftd2xx.so"));
     core::VirtualClock clock;
 
-    const std::unique_ptr<FtdiApi> ftdi = links::makeFtdiApi(s.settings, s.dialogs, clock);
+    QStringList statuses;
+    const std::unique_ptr<FtdiApi> ftdi = links::makeFtdiApi(
+        s.settings, [&statuses](const QString& text) { statuses << text; }, clock);
 
     if (kind == u"kernel") {
         QVERIFY(dynamic_cast<links::KernelFtdi*>(ftdi.get()) != nullptr);
@@ -298,7 +360,7 @@ void FtdiBackends::factory_picksTheBackendOfTheSettings() {
         DWORD count = 1;
         ftdi->FT_ListDevices(count, links::FT_LIST_NUMBER_ONLY);
         QCOMPARE(count, DWORD(0));
-        QVERIFY(s.dialogs.said.value(0).contains(QStringLiteral("/nonexistent/libftd2xx.so")));
+        QVERIFY(statuses.value(0).contains(QStringLiteral("/nonexistent/libftd2xx.so")));
     } else {
         auto* sim = dynamic_cast<links::SimFtdi*>(ftdi.get());
         QVERIFY(sim != nullptr);
@@ -315,7 +377,7 @@ void FtdiBackends::settings_listsTypedByHandAreRead() {
     RecordingDialogs dialogs;
     core::VirtualClock clock;
 
-    const std::unique_ptr<FtdiApi> sim = links::makeFtdiApi(settings, dialogs, clock);
+    const std::unique_ptr<FtdiApi> sim = links::makeFtdiApi(settings, {}, clock);
     auto* bus = dynamic_cast<links::SimFtdi*>(sim.get());
     QVERIFY(bus != nullptr);
     QCOMPARE(bus->bus().indicators().size(), std::size_t(2));

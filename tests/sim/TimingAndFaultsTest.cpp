@@ -3,6 +3,7 @@
 #include "core/Clock.h"
 #include "sim/Bus.h"
 #include "sim/InProcessLink.h"
+#include "sim/RealTimePump.h"
 #include "sim/RfModule.h"
 #include "sim/Scenario.h"
 #include "sim/WireTime.h"
@@ -64,21 +65,39 @@ private slots:
 };
 
 void TimingAndFaultsTest::pacedReply_arrivesByteByByteAfterTheRequestsWireTime_data() {
+    QTest::addColumn<bool>("pump");
     QTest::addColumn<int>("ms");
     QTest::addColumn<int>("available");
-    // Request lands at 3.125 ms; reply byte k has left the line at 3.125 + k * 1.0417 ms.
-    QTest::newRow("request still on the wire") << 3 << 0;
-    QTest::newRow("first byte") << 5 << 1;
-    QTest::newRow("five bytes") << 9 << 5;
-    QTest::newRow("ten bytes") << 14 << 10;
-    QTest::newRow("whole cell") << 15 << 11;
-    QTest::newRow("nothing more") << 200 << 11;
+    // Request lands at 3.125 ms; reply byte k has left the line at 3.125 + k * 1.0417 ms. The
+    // same holds in process and for another process behind the pseudo-terminal's pump.
+    for (const bool pump : {false, true}) {
+        const char* via = pump ? "pump: " : "in process: ";
+        QTest::addRow("%srequest still on the wire", via) << pump << 3 << 0;
+        QTest::addRow("%sfirst byte", via) << pump << 5 << 1;
+        QTest::addRow("%sfive bytes", via) << pump << 9 << 5;
+        QTest::addRow("%sten bytes", via) << pump << 14 << 10;
+        QTest::addRow("%swhole cell", via) << pump << 15 << 11;
+        QTest::addRow("%snothing more", via) << pump << 200 << 11;
+    }
 }
 
 void TimingAndFaultsTest::pacedReply_arrivesByteByByteAfterTheRequestsWireTime() {
+    QFETCH(bool, pump);
     QFETCH(int, ms);
     QFETCH(int, available);
     Line line({"ids 130", "weight 130 12.5", "pace on"});
+    if (pump) {
+        sim::RealTimePump realTime(*line.bus, line.clock);
+        realTime.setByteTime(sim::kByteTime9600);
+        QByteArray sent;
+        connect(&realTime, &sim::RealTimePump::output, this,
+                [&sent](const QByteArray& bytes) { sent += bytes; });
+        realTime.feed(kPoll130);
+        line.advanceMs(ms);
+        realTime.run();
+        QCOMPARE(sent, kCell130.left(available));
+        return;
+    }
     line.link->write(kPoll130);
     QCOMPARE(line.link->bytesToWrite(), 3);
     const auto next = line.link->secondsToNextEvent();

@@ -29,18 +29,13 @@ void compactDatabase(const QString& folder) {
     const QString temp = dir.filePath(QStringLiteral("temp.mdb"));
 
     removeFile(temp);
-    {
-        Connection connection = Connection::open(svdata);
-        connection.run(QStringLiteral("vacuum into ?"), {temp});
-    }
-    // The copy must open as a database before the original goes.
-    { const Connection copy = Connection::open(temp); }
-    removeFile(svdata);
-    if (!QFile::copy(temp, svdata)) {
-        throw DatabaseError(QStringLiteral("Could not copy '%1' to '%2'. The data is in '%1'.")
-                                .arg(shown(temp), shown(svdata)));
-    }
-    removeFile(temp);
+    // Compacted in place, under SQLite's exclusive lock for the whole of it: a copy moved over
+    // the file would leave another station that has it open writing into the old one, and its
+    // rows would be lost. A station in the middle of a write makes the compaction fail at once
+    // instead of waiting for it.
+    Connection connection = Connection::open(svdata);
+    connection.run(QStringLiteral("pragma busy_timeout = 0"));
+    connection.run(QStringLiteral("vacuum"));
 }
 
 } // namespace stellwyn::core

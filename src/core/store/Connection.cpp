@@ -84,24 +84,31 @@ QSqlDatabase Connection::database() const {
     return QSqlDatabase::database(name_, false);
 }
 
+DatabaseError Connection::failure(const QSqlError& error) const {
+    // With many files open at once (the two databases, the import's), the file is half of what
+    // the operator needs to know.
+    return DatabaseError(
+        QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(path_), textOf(error)));
+}
+
 QSqlQuery Connection::run(const QString& sql, const QVariantList& values) {
     QSqlQuery query(database());
     query.setForwardOnly(true);
     if (!query.prepare(sql)) {
-        throw DatabaseError(textOf(query.lastError()));
+        throw failure(query.lastError());
     }
     for (const QVariant& value : values) {
         query.addBindValue(value);
     }
     if (!query.exec()) {
-        throw DatabaseError(textOf(query.lastError()));
+        throw failure(query.lastError());
     }
     return query;
 }
 
 Transaction::Transaction(Connection& connection) : connection_(connection) {
     if (!connection_.database().transaction()) {
-        throw DatabaseError(textOf(connection_.database().lastError()));
+        throw connection_.failure(connection_.database().lastError());
     }
 }
 
@@ -113,7 +120,7 @@ Transaction::~Transaction() {
 
 void Transaction::commit() {
     if (!connection_.database().commit()) {
-        throw DatabaseError(textOf(connection_.database().lastError()));
+        throw connection_.failure(connection_.database().lastError());
     }
     open_ = false;
 }

@@ -3,6 +3,7 @@
 #include "core/FatalError.h"
 
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariantList>
@@ -39,6 +40,9 @@ public:
     QSqlQuery run(const QString& sql, const QVariantList& values = {});
 
 private:
+    friend class Transaction;
+    // An error of this file, named in its text.
+    DatabaseError failure(const QSqlError& error) const;
     Connection(QString name, QString path) : name_(std::move(name)), path_(std::move(path)) {}
     void close();
 

@@ -2,6 +2,8 @@
 
 #include "core/store/StoredValues.h"
 
+#include <QDir>
+
 namespace stellwyn::core {
 
 namespace {
@@ -16,44 +18,60 @@ QString slaveColumn(int k, const char* what) {
 
 } // namespace
 
-std::optional<SysCfgRecord> readSysCfg(Connection& connection) {
-    // The slave columns are named from the fixed range 0..8, never from data.
-    QStringList columns = {QStringLiteral("commtype"),        QStringLiteral("commport"),
-                           QStringLiteral("rfnet"),           QStringLiteral("smallfonts"),
-                           QStringLiteral("rfnetid"),         QStringLiteral("tagblz"),
-                           QStringLiteral("netpolltime"),     QStringLiteral("netdeltime"),
-                           QStringLiteral("datacolenbstart"), QStringLiteral("usbreset")};
-    for (const char* what : {"enb", "left", "top"}) {
-        for (int k = 0; k < kSavedSlaves; ++k) {
-            columns << slaveColumn(k, what);
+std::optional<SysCfgRecord> readSysCfg(Connection& connection, SysCfgPart part) {
+    // Each reader asks for its own columns only, so that a record without a column one of them
+    // has no need of does not stop it. The names are fixed here, never taken from data.
+    struct Column {
+        QString name;
+        QVariant* into;
+    };
+    SysCfgRecord r;
+    QList<Column> columns;
+    if (part != SysCfgPart::SlaveLayout) {
+        columns = {{QStringLiteral("commtype"), &r.commtype},
+                   {QStringLiteral("commport"), &r.commport},
+                   {QStringLiteral("rfnet"), &r.rfnet},
+                   {QStringLiteral("smallfonts"), &r.smallfonts},
+                   {QStringLiteral("rfnetid"), &r.rfnetid},
+                   {QStringLiteral("tagblz"), &r.tagblz},
+                   {QStringLiteral("netpolltime"), &r.netpolltime},
+                   {QStringLiteral("netdeltime"), &r.netdeltime},
+                   {QStringLiteral("datacolenbstart"), &r.datacolenbstart}};
+    }
+    if (part == SysCfgPart::Everything) {
+        columns << Column{QStringLiteral("usbreset"), &r.usbreset};
+    }
+    if (part != SysCfgPart::LoadedSettings) {
+        const std::pair<const char*, std::array<QVariant, kSavedSlaves>*> slaves[] = {
+            {"enb", &r.slaveEnb}, {"left", &r.slaveLeft}, {"top", &r.slaveTop}};
+        for (const auto& [what, values] : slaves) {
+            for (int k = 0; k < kSavedSlaves; ++k) {
+                columns << Column{slaveColumn(k, what), &(*values)[static_cast<std::size_t>(k)]};
+            }
         }
     }
-    QSqlQuery query =
-        connection.run(QStringLiteral("select ") + columns.join(QStringLiteral(", ")) +
-                       QStringLiteral(" from syscfg where ") + kFirstRow);
+    QStringList names;
+    for (const Column& c : columns) {
+        names << c.name;
+    }
+    QSqlQuery query = connection.run(QStringLiteral("select ") + names.join(QStringLiteral(", ")) +
+                                     QStringLiteral(" from syscfg where ") + kFirstRow);
     if (!query.next()) {
         return std::nullopt;
     }
-    SysCfgRecord r;
     int i = 0;
-    for (QVariant* field :
-         {&r.commtype, &r.commport, &r.rfnet, &r.smallfonts, &r.rfnetid, &r.tagblz, &r.netpolltime,
-          &r.netdeltime, &r.datacolenbstart, &r.usbreset}) {
-        *field = query.value(i++);
-    }
-    for (auto* slaves : {&r.slaveEnb, &r.slaveLeft, &r.slaveTop}) {
-        for (QVariant& value : *slaves) {
-            value = query.value(i++);
-        }
+    for (const Column& c : columns) {
+        *c.into = query.value(i++);
     }
     return r;
 }
 
-SysCfgRecord readSysCfg(const QString& connText) {
+SysCfgRecord readSysCfg(const QString& connText, SysCfgPart part) {
     Connection connection = Connection::open(connText);
-    std::optional<SysCfgRecord> record = readSysCfg(connection);
+    std::optional<SysCfgRecord> record = readSysCfg(connection, part);
     if (!record) {
-        throw DatabaseError(QStringLiteral("The table syscfg holds no record."));
+        throw DatabaseError(QStringLiteral("%1: the table syscfg holds no record.")
+                                .arg(QDir::toNativeSeparators(connection.path())));
     }
     return *record;
 }

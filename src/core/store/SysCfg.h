@@ -30,11 +30,21 @@ struct SysCfgRecord {
     std::array<QVariant, kSavedSlaves> slaveTop;
 };
 
+// Which fields a reader fills; the others stay null.
+enum class SysCfgPart {
+    Everything,
+    // What loadsettings loads: not usbreset, not the slave layout.
+    LoadedSettings,
+    // The slave windows' columns alone.
+    SlaveLayout,
+};
+
 // Empty when syscfg has no row. A missing table or field is a DatabaseError.
-std::optional<SysCfgRecord> readSysCfg(Connection& connection);
+std::optional<SysCfgRecord> readSysCfg(Connection& connection,
+                                       SysCfgPart part = SysCfgPart::Everything);
 // Opens its own connection for the one read, as the settings load does; here a missing row is
 // a DatabaseError too.
-SysCfgRecord readSysCfg(const QString& connText);
+SysCfgRecord readSysCfg(const QString& connText, SysCfgPart part = SysCfgPart::Everything);
 
 // What the Setup screen saves, as its controls hold it. commport and the three numbers are
 // the boxes' texts: the columns take numbers, and a text that is none is kept as text, so that
