@@ -24,7 +24,9 @@
 #include <com/sun/star/uno/XComponentContext.hpp>
 #include <com/sun/star/util/XCloseable.hpp>
 #include <cppuhelper/bootstrap.hxx>
+#include <csignal>
 #include <rtl/bootstrap.hxx>
+#include <sys/prctl.h>
 #include <vector>
 
 namespace stellwyn::testsupport {
@@ -106,6 +108,9 @@ bool HeadlessOffice::start(QString& error) {
          QStringLiteral("-env:UserInstallation=") + QUrl::fromLocalFile(profile_.path()).toString(),
          QStringLiteral("--accept=pipe,name=%1;urp;").arg(pipe_)});
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // Should the test die without stopping it, the office goes too: left running, it would hold
+    // the test runner's output open until its time limit.
+    process_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     collection::CalcSpreadsheetApp calc(pipe_);
     // On a fresh profile the office fills it and then exits with 81 to be started again, which
     // its launcher script would do; it takes a while either way.
