@@ -1,6 +1,7 @@
 #include "HeadlessOffice.h"
 
 #include "collection/uno/CalcSpreadsheetApp.h"
+#include "collection/uno/UnoText.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -37,15 +38,8 @@ using css::uno::UNO_QUERY;
 using css::uno::UNO_QUERY_THROW;
 using rtl::OUString;
 
-namespace {
-OUString ou(const QString& text) {
-    return OUString(reinterpret_cast<const sal_Unicode*>(text.utf16()),
-                    static_cast<sal_Int32>(text.size()));
-}
-QString qs(const OUString& text) {
-    return QString(reinterpret_cast<const QChar*>(text.getStr()), text.getLength());
-}
-} // namespace
+using collection::uno::toOUString;
+using collection::uno::toQString;
 
 struct HeadlessOffice::Uno {
     Reference<css::frame::XDesktop2> desktop;
@@ -74,7 +68,7 @@ struct HeadlessOffice::Uno {
         args.getArray()[0].Name = "Hidden";
         args.getArray()[0].Value <<= hidden;
         Reference<css::lang::XComponent> loaded =
-            loader->loadComponentFromURL(ou(url), "_blank", 0, args);
+            loader->loadComponentFromURL(toOUString(url), "_blank", 0, args);
         opened.emplace_back(loaded, UNO_QUERY_THROW);
         return static_cast<int>(opened.size()) - 1;
     }
@@ -138,13 +132,13 @@ bool HeadlessOffice::start(QString& error) {
         Reference<css::uno::XComponentContext> local =
             cppu::defaultBootstrap_InitialComponentContext();
         Reference<css::uno::XComponentContext> remote(
-            css::bridge::UnoUrlResolver::create(local)->resolve(
-                ou(QStringLiteral("uno:pipe,name=%1;urp;StarOffice.ComponentContext").arg(pipe_))),
+            css::bridge::UnoUrlResolver::create(local)->resolve(toOUString(
+                QStringLiteral("uno:pipe,name=%1;urp;StarOffice.ComponentContext").arg(pipe_))),
             UNO_QUERY_THROW);
         uno_ = std::make_unique<Uno>();
         uno_->desktop = css::frame::Desktop::create(remote);
     } catch (const css::uno::Exception& e) {
-        error = qs(e.Message);
+        error = toQString(e.Message);
         return false;
     }
     return true;
@@ -175,7 +169,7 @@ void HeadlessOffice::addSheet(int document, bool makeActive) {
     Reference<css::sheet::XSpreadsheetDocument> d = uno_->documents().at(document);
     Reference<css::container::XIndexAccess> sheets(d->getSheets(), UNO_QUERY_THROW);
     const sal_Int16 at = static_cast<sal_Int16>(sheets->getCount());
-    d->getSheets()->insertNewByName(ou(QStringLiteral("Sheet%1").arg(at + 1)), at);
+    d->getSheets()->insertNewByName(toOUString(QStringLiteral("Sheet%1").arg(at + 1)), at);
     if (makeActive) {
         Reference<css::frame::XModel> model(d, UNO_QUERY_THROW);
         Reference<css::sheet::XSpreadsheetView> view(model->getCurrentController(),
@@ -187,7 +181,7 @@ void HeadlessOffice::addSheet(int document, bool makeActive) {
 QString HeadlessOffice::text(int document, int row, int column, int sheet) {
     Reference<css::text::XTextRange> range(uno_->cell(document, row, column, sheet),
                                            UNO_QUERY_THROW);
-    return qs(range->getString());
+    return toQString(range->getString());
 }
 
 QString HeadlessOffice::kind(int document, int row, int column, int sheet) {

@@ -1,5 +1,7 @@
 #include "CalcSpreadsheetApp.h"
 
+#include "UnoText.h"
+
 #include <QDate>
 #include <QTime>
 #include <com/sun/star/beans/XPropertySet.hpp>
@@ -35,17 +37,10 @@ using css::uno::Reference;
 using css::uno::UNO_QUERY;
 using css::uno::UNO_QUERY_THROW;
 using rtl::OUString;
+using uno::toOUString;
+using uno::toQString;
 
 namespace {
-
-OUString toOUString(const QString& text) {
-    return OUString(reinterpret_cast<const sal_Unicode*>(text.utf16()),
-                    static_cast<sal_Int32>(text.size()));
-}
-
-QString toQString(const OUString& text) {
-    return QString(reinterpret_cast<const QChar*>(text.getStr()), text.getLength());
-}
 
 [[noreturn]] void rethrow(const css::uno::Exception& error) {
     throw SpreadsheetError(toQString(error.Message));
