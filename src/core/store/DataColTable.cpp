@@ -4,13 +4,16 @@
 
 #include <QSqlError>
 #include <algorithm>
+#include <sqlite3.h>
 
 namespace stellwyn::core {
 
 namespace {
 
-const QString kInsert = QStringLiteral("insert into datacol (ScaleID, \"Group\", Reading, Time, "
-                                       "Date, TagID) values (?, ?, ?, ?, ?, ?)");
+// The fields in the order a card's reader sets them.
+constexpr char kInsert[] = "insert into datacol (ScaleID, \"Group\", Reading, Time, Date, TagID) "
+                           "values (?, ?, ?, ?, ?, ?)";
+enum InsertField { scaleIdField, groupField, readingField, timeField, dateField, tagIdField };
 
 const QString kSelect =
     QStringLiteral("select ID, ScaleID, Reading, Date, Time, \"Group\", TagID from datacol");
@@ -90,59 +93,122 @@ void raiseImportCache(Connection& connection) {
 
 } // namespace
 
+// The one way a row goes into datacol, whoever keeps it: a statement of SQLite's own, bound and
+// run once per row. Through Qt's driver each row would cost a round of QVariant and UTF-16
+// conversions that a card of a million rows feels.
+class DataColInsert {
+public:
+    explicit DataColInsert(Connection& connection)
+        : connection_(connection), db_(connection.handle()) {
+        if (sqlite3_prepare_v3(db_, kInsert, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr) !=
+            SQLITE_OK) {
+            throw failure();
+        }
+    }
+    ~DataColInsert() { sqlite3_finalize(statement_); }
+    DataColInsert(const DataColInsert&) = delete;
+    DataColInsert& operator=(const DataColInsert&) = delete;
+
+    // UTF-8 text, kept by the caller until exec(); a null view stores null.
+    void bind(InsertField field, QByteArrayView utf8) {
+        const int rc =
+            utf8.isNull()
+                ? sqlite3_bind_null(statement_, field + 1)
+                : sqlite3_bind_text(statement_, field + 1, utf8.isEmpty() ? "" : utf8.data(),
+                                    static_cast<int>(utf8.size()), SQLITE_STATIC);
+        if (rc != SQLITE_OK) {
+            throw failure();
+        }
+    }
+    // Stores the row; returns its ID.
+    qint64 exec() {
+        const int rc = sqlite3_step(statement_);
+        sqlite3_reset(statement_);
+        if (rc != SQLITE_DONE) {
+            throw failure();
+        }
+        return sqlite3_last_insert_rowid(db_);
+    }
+
+private:
+    DatabaseError failure() const {
+        return connection_.failure(QString::fromUtf8(sqlite3_errmsg(db_)));
+    }
+
+    Connection& connection_;
+    sqlite3* db_;
+    sqlite3_stmt* statement_ = nullptr;
+};
+
+namespace {
+
+// The card's bytes are single-byte characters; the store keeps UTF-8, which is the same bytes
+// as long as they are ASCII, as they nearly always are.
+QByteArrayView storedText(QByteArrayView latin1, std::string& scratch) {
+    const auto high = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+    if (latin1.isNull() || std::none_of(latin1.begin(), latin1.end(), high)) {
+        return latin1;
+    }
+    scratch.clear();
+    for (char c : latin1) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < 0x80) {
+            scratch += c;
+        } else {
+            scratch += static_cast<char>(0xC0 | (code >> 6));
+            scratch += static_cast<char>(0x80 | (code & 0x3F));
+        }
+    }
+    return scratch;
+}
+
+} // namespace
+
 qint64 insertReading(Connection& connection, const QString& scaleId,
                      const std::optional<QString>& reading, const QDateTime& at) {
-    QSqlQuery query =
-        connection.run(kInsert, {scaleId, QVariant(), reading ? QVariant(*reading) : QVariant(),
-                                 storedTime(at.time()), storedDate(at.date()), QVariant()});
-    return query.lastInsertId().toLongLong();
+    const QByteArray scale = scaleId.toUtf8();
+    const QByteArray value = reading ? reading->toUtf8() : QByteArray();
+    const QByteArray time = storedTime(at.time()).toUtf8();
+    const QByteArray date = storedDate(at.date()).toUtf8();
+    DataColInsert insert(connection);
+    insert.bind(scaleIdField, scaleId.isNull() ? QByteArrayView() : QByteArrayView(scale));
+    insert.bind(groupField, {});
+    insert.bind(readingField, reading ? QByteArrayView(value) : QByteArrayView());
+    insert.bind(timeField, time);
+    insert.bind(dateField, date);
+    insert.bind(tagIdField, {});
+    return insert.exec();
 }
 
-ReadingImport::ReadingImport(Connection& connection)
-    : transaction_(connection), insert_(connection.database()) {
+ReadingImport::ReadingImport(Connection& connection) : transaction_(connection) {
     raiseImportCache(connection);
-    if (!insert_.prepare(kInsert)) {
-        throw DatabaseError(insert_.lastError().text());
-    }
+    insert_ = std::make_unique<DataColInsert>(connection);
 }
+
+ReadingImport::~ReadingImport() = default;
 
 void ReadingImport::add(const ImportedReading& record) {
-    const QString date = storedDateFromLogText(record.date);
-    const QString time = storedTimeFromLogText(record.time);
+    const StoredText date = storedDateFromLogText(record.date);
+    const StoredText time = storedTimeFromLogText(record.time);
     if (date.isNull() || time.isNull()) {
-        throw DatabaseError(QStringLiteral("Record %1 of the import has a date \"%2\" and time "
-                                           "\"%3\" that cannot be stored.")
-                                .arg(stored_ + 1)
-                                .arg(record.date, record.time));
+        throw DatabaseError(
+            QStringLiteral("Record %1 of the import has a date \"%2\" and time "
+                           "\"%3\" that cannot be stored.")
+                .arg(stored_ + 1)
+                .arg(QString::fromLatin1(record.date), QString::fromLatin1(record.time)));
     }
-    const QVariant values[] = {record.scaleId, record.group, record.reading,
-                               time,           date,         record.tagId};
-    for (int i = 0; i < 6; ++i) {
-        insert_.bindValue(i, values[i]);
-    }
-    if (!insert_.exec()) {
-        throw DatabaseError(insert_.lastError().text());
-    }
+    insert_->bind(scaleIdField, storedText(record.scaleId, scratch_[scaleIdField]));
+    insert_->bind(groupField, storedText(record.group, scratch_[groupField]));
+    insert_->bind(readingField, storedText(record.reading, scratch_[readingField]));
+    insert_->bind(timeField, time.view());
+    insert_->bind(dateField, date.view());
+    insert_->bind(tagIdField, storedText(record.tagId, scratch_[tagIdField]));
+    insert_->exec();
     ++stored_;
 }
 
 void ReadingImport::commit() {
-    insert_.finish();
     transaction_.commit();
-}
-
-int insertImportedReadings(Connection& connection, const QList<ImportedReading>& records) {
-    ReadingImport import(connection);
-    try {
-        for (const ImportedReading& record : records) {
-            import.add(record);
-        }
-    } catch (const DatabaseError&) {
-        import.commit();
-        throw;
-    }
-    import.commit();
-    return import.stored();
 }
 
 void deleteAllReadings(Connection& connection) {
