@@ -94,6 +94,8 @@ private slots:
     void datacol_readingLeftOutIsNull();
     void logText_storedInSortableForm_data();
     void logText_storedInSortableForm();
+    void readingImport_longImportLeavesTheOrderIndexes_data();
+    void readingImport_longImportLeavesTheOrderIndexes();
 
     void groups_saveAddsOnceThenRenames();
     void oneRecordTables_saveAddsOnceAndEmptyReadFails();
@@ -550,6 +552,33 @@ void TestStore::logText_storedInSortableForm() {
     QFETCH(QByteArray, stored);
     const StoredText result = isDate ? storedDateFromLogText(text) : storedTimeFromLogText(text);
     QCOMPARE(result.view().toByteArray(), stored);
+}
+
+void TestStore::readingImport_longImportLeavesTheOrderIndexes_data() {
+    QTest::addColumn<bool>("committed");
+    QTest::newRow("committed") << true;
+    QTest::newRow("abandoned") << false;
+}
+
+void TestStore::readingImport_longImportLeavesTheOrderIndexes() {
+    QFETCH(bool, committed);
+    TempHome home;
+    Connection c = openNew(home);
+    prepareReadingStore(c);
+    const QString indexes =
+        QStringLiteral("select count(*) from sqlite_master where type = 'index' and "
+                       "tbl_name = 'datacol' and name like 'datacol_by_%'");
+    QCOMPARE(single(c, indexes).toInt(), 3);
+    {
+        ReadingImport import(c, 1000000);
+        import.add({"130", "2", "  12.5", "1/2/2026", "09:30:15", "TAG17"});
+        if (committed) {
+            import.commit();
+        }
+    }
+    QCOMPARE(single(c, indexes).toInt(), 3);
+    QCOMPARE(countReadings(c), committed ? 1 : 0);
+    QCOMPARE(readings(c, DataColOrder::byReading).size(), committed ? 1 : 0);
 }
 
 void TestStore::groups_saveAddsOnceThenRenames() {

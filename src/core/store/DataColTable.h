@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace stellwyn::core {
 
@@ -56,7 +57,9 @@ class DataColInsert;
 // which the importer calls also when it stops early. Uncommitted, the records are dropped.
 class ReadingImport {
 public:
-    explicit ReadingImport(Connection& connection);
+    // expectedRows: about how many records will come, or 0 if not known; the store may prepare
+    // differently for a long import.
+    explicit ReadingImport(Connection& connection, qint64 expectedRows = 0);
     ~ReadingImport();
     ReadingImport(const ReadingImport&) = delete;
     ReadingImport& operator=(const ReadingImport&) = delete;
@@ -65,8 +68,11 @@ public:
     int stored() const { return stored_; }
 
 private:
+    Connection& connection_;
     Transaction transaction_;
     std::unique_ptr<DataColInsert> insert_;
+    // Indexes left out while the rows go in, built again at commit.
+    std::vector<int> dropped_;
     // The fields that hold letters beyond ASCII, turned into the store's encoding.
     std::string scratch_[6];
     int stored_ = 0;
