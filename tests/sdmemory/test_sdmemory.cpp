@@ -1,3 +1,4 @@
+#include "FakeDriveQueries.h"
 #include "RecordingDialogs.h"
 #include "TempHome.h"
 #include "core/Module1.h"
@@ -11,76 +12,14 @@
 #include "sdmemory/SdSetting.h"
 
 #include <QFile>
-#include <QMap>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QtTest>
 
 using namespace stellwyn;
 using namespace stellwyn::sdmemory;
-
-namespace {
-
-// The system's drives as a test sets them: each root with its kind, and, when a medium is in,
-// its sizes and volume data.
-class FakeDriveQueries final : public DriveQueries {
-public:
-    struct Drive {
-        std::int32_t type = driveFixed;
-        bool present = true;
-        DiskSpace space;
-        VolumeInformation volume;
-    };
-    QMap<QString, Drive> drives;
-    QStringList order;
-    TimeZoneInformation zone;
-
-    void add(const QString& root, const Drive& drive) {
-        drives.insert(root, drive);
-        order << root;
-    }
-    static Drive card(std::uint64_t total, const QString& fs = QStringLiteral("FAT")) {
-        Drive d;
-        d.type = driveRemovable;
-        d.space = {total / 2, total, total / 2};
-        d.volume.fileSystemName = fs;
-        d.volume.label = QStringLiteral("CARD");
-        return d;
-    }
-
-    QStringList roots() override { return order; }
-    std::int32_t driveType(const QString& root) override {
-        return drives.contains(root) ? drives[root].type : driveNoRootDir;
-    }
-    bool hasDiskFreeEx() override { return true; }
-    bool diskFreeSpaceEx(const QString& root, DiskSpace& out) override {
-        if (!drives.contains(root) || !drives[root].present) {
-            return false;
-        }
-        out = drives[root].space;
-        return true;
-    }
-    bool diskFreeSpace(const QString&, std::uint32_t&, std::uint32_t&, std::uint32_t&,
-                       std::uint32_t&) override {
-        return false;
-    }
-    bool volumeInformation(const QString& root, VolumeInformation& out) override {
-        if (!drives.contains(root) || !drives[root].present) {
-            return false;
-        }
-        out = drives[root].volume;
-        return true;
-    }
-    bool setVolumeLabel(const QString& root, const QString& label, QString&) override {
-        drives[root].volume.label = label;
-        return true;
-    }
-    TimeZoneInformation timeZoneInformation() override { return zone; }
-};
-
-constexpr std::uint64_t card32 = 31'000'000;
-
-} // namespace
+using sdtest::card32;
+using sdtest::FakeDriveQueries;
 
 class SdMemoryTest : public QObject {
     Q_OBJECT
@@ -129,6 +68,7 @@ private slots:
         m.sddrivepath.clear();
         m.sddrivechosen = 0;
         queries = FakeDriveQueries();
+        QFile::remove(klPath());
     }
 
     void formatSize_data() {
@@ -290,8 +230,10 @@ private slots:
     }
 
     void badLinesAreCountedAndCancelKeepsRows() {
+        // Past the reader's block of 1 MiB, so that a record lies across two blocks.
+        constexpr int records = 40000;
         QByteArray content;
-        for (int i = 0; i < 20000; ++i) {
+        for (int i = 0; i < records; ++i) {
             content += "\x82#1   10%1/2/2026@09:30:15\r\n";
         }
         content +=
@@ -300,7 +242,9 @@ private slots:
         auto o = options();
         o->chk_erase_after_read.setValue(0);
         o->Read_Dat_File_Click();
-        QCOMPARE(rows().size(), 20000);
+        const QStringList stored = rows();
+        QCOMPARE(stored.count(QStringLiteral("130|1|   10|2026-01-02|09:30:15|")), records);
+        QCOMPARE(stored.size(), records);
         QCOMPARE(dialogs.texts().last(),
                  QStringLiteral("message: 2 lines of KL.Dat held bytes that are not text or were "
                                 "longer than 64 KiB; they were passed over."));
@@ -308,7 +252,7 @@ private slots:
         o->chk_erase_after_read.setValue(1);
         o->progress = [](qint64, qint64) { return false; };
         o->Read_Dat_File_Click();
-        QCOMPARE(rows().size(), 20000 + 8191);
+        QCOMPARE(rows().size(), records + 8191);
         QVERIFY(dialogs.texts().first().startsWith(QStringLiteral("message: Reading stopped.")));
         QCOMPARE(QFileInfo(klPath()).size(), content.size());
     }
