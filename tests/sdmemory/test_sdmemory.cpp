@@ -7,6 +7,7 @@
 #include "core/store/CreateDatabase.h"
 #include "sdmemory/CDriveInfo.h"
 #include "sdmemory/FatBootSector.h"
+#include "sdmemory/KlDatImport.h"
 #include "sdmemory/LinuxDriveQueries.h"
 #include "sdmemory/SdMemoryOptions.h"
 #include "sdmemory/SdSetting.h"
@@ -124,54 +125,62 @@ private slots:
         QCOMPARE(info.TotalSpace(), quint64(0));
     }
 
-    // Each line after the first is read with the zone given; the first sets the carried fields.
+    // Each line after the first is taken apart with the zone given; the first sets the carried
+    // fields. The texts are as the card has them: the store's forms are the store's concern.
     void records_data() {
         QTest::addColumn<QString>("zone");
         QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<QString>("row");
+        QTest::addColumn<QString>("record");
         const QByteArray a("\x82");
         QTest::newRow("worked record") << "" << a + "!ROW 3 TAG17#2    432%04/03/2004@12:00:00"
-                                       << "130|2|    432|2004-04-03|12:00:00|TAG17";
+                                       << "130|2|    432|04/03/2004|12:00:00|TAG17";
         QTest::newRow("pacific") << "Pacific Standard Time" << a + "#1 10%1/2/2026@09:30:15"
-                                 << "130|1| 10|2026-01-02|06:30:15|";
+                                 << "130|1| 10|1/2/2026|6:30:15<null>";
         QTest::newRow("central below zero")
             << "Central Standard Time" << a + "#1 10%1/2/2026@00:10:00"
-            << "130|1| 10|2026-01-02|-1:10:00|";
+            << "130|1| 10|1/2/2026|-1:10:00<null>";
         QTest::newRow("eastern stays") << "Eastern Standard Time" << a + "#1 10%1/2/2026@09:30:15"
-                                       << "130|1| 10|2026-01-02|09:30:15|";
+                                       << "130|1| 10|1/2/2026|09:30:15<null>";
         QTest::newRow("no tag, no group") << "" << a + "     55%1/2/2026@09:30:15"
-                                          << "130||     55|2026-01-02|09:30:15|";
-        QTest::newRow("16 characters") << "" << a + " 7%1/2/26@1:2:3"
-                                       << "130|| 7|2026-01-02|01:02:03|";
-        QTest::newRow("69 characters") << "" << a + QByteArray(50, '9') + "%1/2/2026@09:30:15"
-                                       << "130||" + QString(50, u'9') + "|2026-01-02|09:30:15|";
+                                          << "130<null>|     55|1/2/2026|09:30:15<null>";
         QTest::newRow("carried over") << "" << a + "#3 no fields here"
-                                      << "130|3|    9|2026-01-05|08:00:00|";
+                                      << "130|3|    9|1/5/2026|08:00:00<null>";
         QTest::newRow("\"!\" as address")
-            << "" << QByteArray("!x#4 12%1/2/2026@09:30:15") << "33|4| 12|2026-01-02|09:30:15|";
+            << "" << QByteArray("!x#4 12%1/2/2026@09:30:15") << "33|4| 12|1/2/2026|09:30:15<null>";
     }
     void records() {
         QFETCH(QString, zone);
         QFETCH(QByteArray, line);
-        QFETCH(QString, row);
-        m.sdtimezone = zone;
-        writeKl("\x83#1    9%1/5/2026@08:00:00\r\n" + line + "\r\n");
-        auto o = options();
-        o->chk_erase_after_read.setValue(0);
-        o->Read_Dat_File_Click();
-        QCOMPARE(dialogs.texts(), QStringList{"message: Finished reading Data"});
-        const QStringList stored = rows();
-        QCOMPARE(stored.size(), 2);
-        QCOMPARE(stored.at(1), row);
+        QFETCH(QString, record);
+        KlRecordParser parser(zone);
+        parser.parse("\x83#1    9%1/5/2026@08:00:00");
+        const core::ImportedReading r = parser.parse(line);
+        // A field the record leaves unset is stored as null, and shown so.
+        const auto shown = [](QByteArrayView v) {
+            return v.isNull() ? QStringLiteral("<null>") : u'|' + QString::fromLatin1(v);
+        };
+        QCOMPARE(QString::fromLatin1(r.scaleId) + shown(r.group) + shown(r.reading) +
+                     shown(r.date) + shown(r.time) + shown(r.tagId),
+                 record);
     }
 
-    void lineLengthsOutsideAreSkipped() {
-        writeKl(QByteArray("\x82 7%1/2/26@1:23\r\n") + "\x82" + QByteArray(51, '1') +
-                "%1/2/2026@09:30:15" + "\r\n" + QByteArray(3, ' ') + "\r\n");
+    void lineLengths() {
+        const QByteArray tail("%1/2/2026@09:30:15");
+        writeKl("\x82 7%1/2/26@1:23\r\n"  // 15: skipped
+                "\x82  7%1/2/26@1:23\r\n" // 16: read
+                "\x82" +
+                QByteArray(50, '1') + tail +
+                "\r\n" // 69: read
+                "\x82" +
+                QByteArray(51, '2') + tail + "\r\n" // 70: skipped
+                + QByteArray(3, ' ') + "\r\n");
         auto o = options();
         o->chk_erase_after_read.setValue(0);
         o->Read_Dat_File_Click();
-        QCOMPARE(rows(), QStringList());
+        const QStringList stored = rows();
+        QCOMPARE(stored.size(), 2);
+        QVERIFY(stored.at(0).startsWith(QStringLiteral("130||  7|")));
+        QVERIFY(stored.at(1).startsWith(QStringLiteral("130||") + QString(50, u'1')));
     }
 
     void readTwiceDoublesThenEraseEmpties() {
