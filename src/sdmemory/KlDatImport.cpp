@@ -276,8 +276,8 @@ KlImportResult importKlDat(const QString& path, core::Module1& m,
     const qint64 total = file.size();
     try {
         core::Connection connection = core::Connection::open(m.cfgconn);
-        // A record line is at most 69 bytes and its line end, so the file holds at least this many.
-        core::ReadingImport import(connection, total / 71);
+        // A record's line is 16 to 69 bytes and its line end; an indicator's are some 40 or so.
+        core::ReadingImport import(connection, total / 45);
         KlRecordParser parser(m.sdtimezone);
         int sinceReport = 0;
         LineReader lines(file);

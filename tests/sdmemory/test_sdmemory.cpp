@@ -164,22 +164,25 @@ private slots:
                  record);
     }
 
+    // The lengths 15 and 70 are skipped, 16 and 69 read; a byte beyond ASCII is a character of
+    // its own (the card's single-byte code page), stored as that character.
     void lineLengths() {
         const QByteArray tail("%1/2/2026@09:30:15");
-        writeKl("\x82 7%1/2/26@1:23\r\n"  // 15: skipped
-                "\x82  7%1/2/26@1:23\r\n" // 16: read
-                "\x82" +
-                QByteArray(50, '1') + tail +
-                "\r\n" // 69: read
-                "\x82" +
-                QByteArray(51, '2') + tail + "\r\n" // 70: skipped
-                + QByteArray(3, ' ') + "\r\n");
+        const QList<QByteArray> lines = {
+            "\x82 7%1/2/26@1:23",
+            "\x82 \xb0"
+            "7%1/2/26@1:23",
+            "\x82" + QByteArray(50, '1') + tail,
+            "\x82" + QByteArray(51, '2') + tail,
+            QByteArray(3, ' '),
+        };
+        writeKl(lines.join("\r\n") + "\r\n");
         auto o = options();
         o->chk_erase_after_read.setValue(0);
         o->Read_Dat_File_Click();
         const QStringList stored = rows();
         QCOMPARE(stored.size(), 2);
-        QVERIFY(stored.at(0).startsWith(QStringLiteral("130||  7|")));
+        QVERIFY(stored.at(0).startsWith(QStringLiteral("130|| °7|")));
         QVERIFY(stored.at(1).startsWith(QStringLiteral("130||") + QString(50, u'1')));
     }
 

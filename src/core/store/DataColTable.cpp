@@ -196,8 +196,9 @@ ReadingImport::ReadingImport(Connection& connection, qint64 expectedRows)
     : connection_(connection), transaction_(connection) {
     // A row goes into each order index at a place of its own, all over the index; building an
     // index anew sorts the whole table once, which costs less than a third as much per row. So
-    // an import at least as long as the table drops the indexes and builds them again before
-    // its commit. Inside the transaction: whatever happens, the file never stands without them.
+    // an import that brings at least half as many rows as the table holds drops the indexes and
+    // builds them again before its commit. Inside the transaction: whatever happens, the file
+    // never stands without them.
     std::vector<int> present;
     for (int i = 0; i < int(std::size(kOrderIndexes)); ++i) {
         // Each statement ends before the next: one still open would lock the schema against a drop.
@@ -210,7 +211,7 @@ ReadingImport::ReadingImport(Connection& connection, qint64 expectedRows)
         }
     }
     if (!present.empty() && expectedRows >= kRebuildFrom &&
-        expectedRows >= countReadings(connection)) {
+        countReadings(connection) <= 2 * expectedRows) {
         for (int i : present) {
             connection.run(
                 QStringLiteral("drop index %1").arg(QLatin1String(kOrderIndexes[i].name)));
