@@ -2,9 +2,12 @@
 
 #include "core/store/DataColTable.h"
 
+#include <QByteArrayView>
 #include <QString>
 #include <functional>
+#include <optional>
 #include <stdexcept>
+#include <string>
 
 namespace stellwyn::core {
 class Module1;
@@ -21,24 +24,27 @@ public:
 // The indicator writes lines of 16 to 69 characters; anything else is not a record.
 bool isRecordLength(qsizetype length);
 
-// The hour of a logged time moved from the indicator's clock to the station's zone: the
-// indicator keeps the time three hours ahead of the Pacific zone. No wrap, no date change.
-QString adjustedTime(const QString& hourText, const QString& rest, const QString& timezone);
-
-// Takes the records of a KL.Dat apart, line by line. Reading, date and time carry over from
-// the previous record when a line lacks them; tag and group do not.
+// Takes the records of a KL.Dat apart, line by line, in the card's bytes: a card holds a million
+// of them. Reading, date and time carry over from the previous record when a line lacks them;
+// tag and group do not. The hour of a logged time is moved from the indicator's clock to the
+// station's zone: the indicator keeps the time three hours ahead of the Pacific zone, and the
+// hour is shifted with no wrap and no change of date.
 class KlRecordParser {
 public:
-    KlRecordParser(core::Module1& m, QString timezone) : m_(m), timezone_(std::move(timezone)) {}
-    // line: one line of the file, its line end removed, of a record's length.
-    core::ImportedReading parse(const QString& line);
+    explicit KlRecordParser(const QString& timezone);
+    // line: one line of the file, its line end removed, of a record's length. The record's views
+    // point into the line and into the parser, and hold until the next call.
+    core::ImportedReading parse(QByteArrayView line);
 
 private:
-    core::Module1& m_;
-    QString timezone_;
-    QString reading_;
-    QString date_;
-    QString time_;
+    void setTime(QByteArrayView hour, QByteArrayView rest);
+
+    int hourOffset_ = 0;
+    char scaleId_[4] = {};
+    // Carried from record to record; unset until a record sets them.
+    std::optional<std::string> reading_;
+    std::optional<std::string> date_;
+    std::optional<std::string> time_;
 };
 
 struct KlImportResult {

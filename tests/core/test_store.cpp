@@ -92,9 +92,10 @@ private slots:
     void datacol_sortOrders_data();
     void datacol_sortOrders();
     void datacol_readingLeftOutIsNull();
-    void importedReadings_convertDateAndTime_data();
-    void importedReadings_convertDateAndTime();
-    void importedReadings_badRecordKeepsEarlierRows();
+    void logText_storedInSortableForm_data();
+    void logText_storedInSortableForm();
+    void readingImport_longImportLeavesTheOrderIndexes_data();
+    void readingImport_longImportLeavesTheOrderIndexes();
 
     void groups_saveAddsOnceThenRenames();
     void oneRecordTables_saveAddsOnceAndEmptyReadFails();
@@ -523,80 +524,59 @@ void TestStore::datacol_readingLeftOutIsNull() {
     const QList<DataColRow> rows = readings(c, DataColOrder::byId);
     QVERIFY(rows[0].reading.isNull());
     QVERIFY(!rows[1].reading.isNull());
-    QCOMPARE(rows[0].date, QStringLiteral("2024-05-06"));
-    QCOMPARE(rows[0].time, QStringLiteral("07:08:09"));
     QVERIFY(rows[0].group.isNull());
     QVERIFY(rows[0].tagId.isNull());
 }
 
-void TestStore::importedReadings_convertDateAndTime_data() {
-    QTest::addColumn<QString>("date");
-    QTest::addColumn<QString>("time");
-    QTest::addColumn<QString>("storedDate");
-    QTest::addColumn<QString>("storedTime");
-    QTest::newRow("month first") << "04/03/2004"
-                                 << "12:00:00"
-                                 << "2004-04-03"
-                                 << "12:00:00";
-    QTest::newRow("short parts") << "4/3/2004"
-                                 << "6:30:15"
-                                 << "2004-04-03"
-                                 << "06:30:15";
-    QTest::newRow("two-digit year") << "12/31/99"
-                                    << "23:59"
-                                    << "1999-12-31"
-                                    << "23:59:00";
-    QTest::newRow("shifted below zero") << "01/15/2010"
-                                        << "-1:10:00"
-                                        << "2010-01-15"
-                                        << "-1:10:00";
+void TestStore::logText_storedInSortableForm_data() {
+    QTest::addColumn<bool>("isDate");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("stored");
+    QTest::newRow("month first") << true << QByteArray("04/03/2004") << QByteArray("2004-04-03");
+    QTest::newRow("short parts") << true << QByteArray(" 4/3/2004") << QByteArray("2004-04-03");
+    QTest::newRow("year 99") << true << QByteArray("12/31/99") << QByteArray("1999-12-31");
+    QTest::newRow("year 26") << true << QByteArray("1/2/26") << QByteArray("2026-01-02");
+    QTest::newRow("stored form") << true << QByteArray("2004-04-03") << QByteArray("2004-04-03");
+    QTest::newRow("month 13") << true << QByteArray("13/45/2020") << QByteArray();
+    QTest::newRow("short time") << false << QByteArray("6:30:15") << QByteArray("06:30:15");
+    QTest::newRow("no seconds") << false << QByteArray("23:59") << QByteArray("23:59:00");
+    QTest::newRow("below zero") << false << QByteArray("-1:10:00") << QByteArray("-1:10:00");
+    QTest::newRow("hour 24") << false << QByteArray("24:00:00") << QByteArray();
 }
 
-void TestStore::importedReadings_convertDateAndTime() {
-    QFETCH(QString, date);
-    QFETCH(QString, time);
-    QFETCH(QString, storedDate);
-    QFETCH(QString, storedTime);
-    TempHome home;
-    Connection c = openNew(home);
-    ImportedReading record{
-        QStringLiteral("130"),  QStringLiteral("2"), QStringLiteral("    432"), date, time,
-        QStringLiteral("TAG17")};
-    QCOMPARE(insertImportedReadings(c, {record}), 1);
-    const DataColRow row = readings(c, DataColOrder::byId).first();
-    QCOMPARE(row.date, storedDate);
-    QCOMPARE(row.time, storedTime);
-    QCOMPARE(row.scaleId, QStringLiteral("130"));
-    QCOMPARE(row.reading.toString(), QStringLiteral("    432"));
-    QCOMPARE(row.group.toString(), QStringLiteral("2"));
-    QCOMPARE(row.tagId.toString(), QStringLiteral("TAG17"));
+void TestStore::logText_storedInSortableForm() {
+    QFETCH(bool, isDate);
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, stored);
+    const StoredText result = isDate ? storedDateFromLogText(text) : storedTimeFromLogText(text);
+    QCOMPARE(result.view().toByteArray(), stored);
 }
 
-void TestStore::importedReadings_badRecordKeepsEarlierRows() {
+void TestStore::readingImport_longImportLeavesTheOrderIndexes_data() {
+    QTest::addColumn<bool>("committed");
+    QTest::newRow("committed") << true;
+    QTest::newRow("abandoned") << false;
+}
+
+void TestStore::readingImport_longImportLeavesTheOrderIndexes() {
+    QFETCH(bool, committed);
     TempHome home;
     Connection c = openNew(home);
-    const auto record = [](const QString& reading, const QString& date) {
-        return ImportedReading{QStringLiteral("130"),      QString(), reading, date,
-                               QStringLiteral("10:00:00"), QString()};
-    };
-    const QList<ImportedReading> records = {
-        record(QStringLiteral("1"), QStringLiteral("01/02/2020")),
-        record(QStringLiteral("2"), QStringLiteral("01/02/2020")),
-        record(QStringLiteral("3"), QStringLiteral("13/45/2020")),
-        record(QStringLiteral("4"), QStringLiteral("01/02/2020"))};
-    try {
-        insertImportedReadings(c, records);
-        QFAIL("a date of month 13 was stored");
-    } catch (const DatabaseError& e) {
-        QVERIFY2(e.text().startsWith(QLatin1String("Record 3 ")), qPrintable(e.text()));
+    prepareReadingStore(c);
+    const QString indexes =
+        QStringLiteral("select count(*) from sqlite_master where type = 'index' and "
+                       "tbl_name = 'datacol' and name like 'datacol_by_%'");
+    QCOMPARE(single(c, indexes).toInt(), 3);
+    {
+        ReadingImport import(c, 1000000);
+        import.add({"130", "2", "  12.5", "1/2/2026", "09:30:15", "TAG17"});
+        if (committed) {
+            import.commit();
+        }
     }
-    const QList<DataColRow> rows = readings(c, DataColOrder::byId);
-    QCOMPARE(rows.size(), 2);
-    QCOMPARE(rows[0].reading.toString(), QStringLiteral("1"));
-    QCOMPARE(rows[1].reading.toString(), QStringLiteral("2"));
-    // Reading the same file again adds every row again.
-    QVERIFY_THROWS_EXCEPTION(DatabaseError, insertImportedReadings(c, records));
-    QCOMPARE(countReadings(c), 4);
+    QCOMPARE(single(c, indexes).toInt(), 3);
+    QCOMPARE(countReadings(c), committed ? 1 : 0);
+    QCOMPARE(readings(c, DataColOrder::byReading).size(), committed ? 1 : 0);
 }
 
 void TestStore::groups_saveAddsOnceThenRenames() {

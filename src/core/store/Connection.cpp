@@ -5,8 +5,10 @@
 #include <QAtomicInteger>
 #include <QDir>
 #include <QFileInfo>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QUrl>
+#include <sqlite3.h>
 
 namespace stellwyn::core {
 
@@ -84,11 +86,22 @@ QSqlDatabase Connection::database() const {
     return QSqlDatabase::database(name_, false);
 }
 
+sqlite3* Connection::handle() const {
+    const QVariant handle = database().driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+        throw failure(QStringLiteral("The store's driver is not SQLite."));
+    }
+    return *static_cast<sqlite3* const*>(handle.constData());
+}
+
 DatabaseError Connection::failure(const QSqlError& error) const {
+    return failure(textOf(error));
+}
+
+DatabaseError Connection::failure(const QString& text) const {
     // With many files open at once (the two databases, the import's), the file is half of what
     // the operator needs to know.
-    return DatabaseError(
-        QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(path_), textOf(error)));
+    return DatabaseError(QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(path_), text));
 }
 
 QSqlQuery Connection::run(const QString& sql, const QVariantList& values) {

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QVariantList>
 
+struct sqlite3;
+
 namespace stellwyn::core {
 
 // A failure of the data store: a missing file, table or field, a file that is no database, a
@@ -34,6 +36,10 @@ public:
 
     QString path() const { return path_; }
     QSqlDatabase database() const;
+    // The SQLite connection under Qt's, for the statements run a million times in a row.
+    sqlite3* handle() const;
+    // An error of this file, named in its text.
+    DatabaseError failure(const QString& text) const;
 
     // Prepares sql, binds values in order, runs it. sql is always a literal of the program;
     // every value from outside arrives through values.
@@ -41,7 +47,6 @@ public:
 
 private:
     friend class Transaction;
-    // An error of this file, named in its text.
     DatabaseError failure(const QSqlError& error) const;
     Connection(QString name, QString path) : name_(std::move(name)), path_(std::move(path)) {}
     void close();

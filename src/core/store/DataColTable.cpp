@@ -4,13 +4,16 @@
 
 #include <QSqlError>
 #include <algorithm>
+#include <sqlite3.h>
 
 namespace stellwyn::core {
 
 namespace {
 
-const QString kInsert = QStringLiteral("insert into datacol (ScaleID, \"Group\", Reading, Time, "
-                                       "Date, TagID) values (?, ?, ?, ?, ?, ?)");
+// The fields in the order a card's reader sets them.
+constexpr char kInsert[] = "insert into datacol (ScaleID, \"Group\", Reading, Time, Date, TagID) "
+                           "values (?, ?, ?, ?, ?, ?)";
+enum InsertField { scaleIdField, groupField, readingField, timeField, dateField, tagIdField };
 
 const QString kSelect =
     QStringLiteral("select ID, ScaleID, Reading, Date, Time, \"Group\", TagID from datacol");
@@ -81,68 +84,179 @@ QList<DataColRow> rowsOf(QSqlQuery& query) {
     return rows;
 }
 
-// Each row of a card also goes into the grid's order indexes, whose pages a long import visits
-// all over: with the default cache they would be written out and read back again and again.
-// The connection lives for the one import, so the larger cache goes with it.
-void raiseImportCache(Connection& connection) {
-    connection.run(QStringLiteral("pragma cache_size=-65536"));
+// The indexes behind the grid's orders.
+struct OrderIndex {
+    const char* name;
+    const char* columns;
+};
+constexpr OrderIndex kOrderIndexes[] = {
+    {"datacol_by_datetime", "(Date, Time, ID)"},
+    {"datacol_by_scaleid", "(ScaleID, Date, Time, ID)"},
+    {"datacol_by_reading", "(Reading, Date, Time, ID)"},
+};
+
+void createOrderIndex(Connection& connection, const OrderIndex& index) {
+    connection.run(QStringLiteral("create index if not exists %1 on datacol %2")
+                       .arg(QLatin1String(index.name), QLatin1String(index.columns)));
+}
+
+// Below this many rows an import keeps the indexes as they are.
+constexpr qint64 kRebuildFrom = 50000;
+
+} // namespace
+
+// The one way a row goes into datacol, whoever keeps it: a statement of SQLite's own, bound and
+// run once per row. Through Qt's driver each row would cost a round of QVariant and UTF-16
+// conversions that a card of a million rows feels.
+class DataColInsert {
+public:
+    explicit DataColInsert(Connection& connection)
+        : connection_(connection), db_(connection.handle()) {
+        if (sqlite3_prepare_v3(db_, kInsert, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr) !=
+            SQLITE_OK) {
+            throw failure();
+        }
+    }
+    ~DataColInsert() { sqlite3_finalize(statement_); }
+    DataColInsert(const DataColInsert&) = delete;
+    DataColInsert& operator=(const DataColInsert&) = delete;
+
+    // UTF-8 text, kept by the caller until exec(); a null view stores null.
+    void bind(InsertField field, QByteArrayView utf8) {
+        const int rc =
+            utf8.isNull()
+                ? sqlite3_bind_null(statement_, field + 1)
+                : sqlite3_bind_text(statement_, field + 1, utf8.isEmpty() ? "" : utf8.data(),
+                                    static_cast<int>(utf8.size()), SQLITE_STATIC);
+        if (rc != SQLITE_OK) {
+            throw failure();
+        }
+    }
+    // Stores the row; returns its ID.
+    qint64 exec() {
+        const int rc = sqlite3_step(statement_);
+        sqlite3_reset(statement_);
+        if (rc != SQLITE_DONE) {
+            throw failure();
+        }
+        return sqlite3_last_insert_rowid(db_);
+    }
+
+private:
+    DatabaseError failure() const {
+        return connection_.failure(QString::fromUtf8(sqlite3_errmsg(db_)));
+    }
+
+    Connection& connection_;
+    sqlite3* db_;
+    sqlite3_stmt* statement_ = nullptr;
+};
+
+namespace {
+
+// The card's bytes are single-byte characters; the store keeps UTF-8, which is the same bytes
+// as long as they are ASCII, as they nearly always are.
+QByteArrayView storedText(QByteArrayView latin1, std::string& scratch) {
+    const auto high = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+    if (latin1.isNull() || std::none_of(latin1.begin(), latin1.end(), high)) {
+        return latin1;
+    }
+    scratch.clear();
+    for (char c : latin1) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < 0x80) {
+            scratch += c;
+        } else {
+            scratch += static_cast<char>(0xC0 | (code >> 6));
+            scratch += static_cast<char>(0x80 | (code & 0x3F));
+        }
+    }
+    return scratch;
 }
 
 } // namespace
 
 qint64 insertReading(Connection& connection, const QString& scaleId,
                      const std::optional<QString>& reading, const QDateTime& at) {
-    QSqlQuery query =
-        connection.run(kInsert, {scaleId, QVariant(), reading ? QVariant(*reading) : QVariant(),
-                                 storedTime(at.time()), storedDate(at.date()), QVariant()});
-    return query.lastInsertId().toLongLong();
+    const QByteArray scale = scaleId.toUtf8();
+    const QByteArray value = reading ? reading->toUtf8() : QByteArray();
+    const QByteArray time = storedTime(at.time()).toUtf8();
+    const QByteArray date = storedDate(at.date()).toUtf8();
+    DataColInsert insert(connection);
+    insert.bind(scaleIdField, scaleId.isNull() ? QByteArrayView() : QByteArrayView(scale));
+    insert.bind(groupField, {});
+    insert.bind(readingField, reading ? QByteArrayView(value) : QByteArrayView());
+    insert.bind(timeField, time);
+    insert.bind(dateField, date);
+    insert.bind(tagIdField, {});
+    return insert.exec();
 }
 
-ReadingImport::ReadingImport(Connection& connection)
-    : transaction_(connection), insert_(connection.database()) {
-    raiseImportCache(connection);
-    if (!insert_.prepare(kInsert)) {
-        throw DatabaseError(insert_.lastError().text());
+ReadingImport::ReadingImport(Connection& connection, qint64 expectedRows)
+    : connection_(connection), transaction_(connection) {
+    // A row goes into each order index at a place of its own, all over the index; building an
+    // index anew sorts the whole table once, which costs less than a third as much per row. So
+    // an import that brings at least half as many rows as the table holds drops the indexes and
+    // builds them again before its commit. Inside the transaction: whatever happens, the file
+    // never stands without them.
+    std::vector<int> present;
+    for (int i = 0; i < int(std::size(kOrderIndexes)); ++i) {
+        // Each statement ends before the next: one still open would lock the schema against a drop.
+        if (connection
+                .run(
+                    QStringLiteral("select 1 from sqlite_master where type = 'index' and name = ?"),
+                    {QLatin1String(kOrderIndexes[i].name)})
+                .next()) {
+            present.push_back(i);
+        }
     }
+    if (!present.empty() && expectedRows >= kRebuildFrom &&
+        countReadings(connection) <= 2 * expectedRows) {
+        for (int i : present) {
+            connection.run(
+                QStringLiteral("drop index %1").arg(QLatin1String(kOrderIndexes[i].name)));
+        }
+        dropped_ = std::move(present);
+        present.clear();
+    }
+    // Without the indexes the rows only go in at the end of the table, and the sorter that builds
+    // the indexes again takes as much memory as the cache is given: a small one keeps the import's
+    // memory flat however long the card, at no cost measured. With them, each row goes into the
+    // indexes' pages all over, which the default cache would write out and read back again and
+    // again; the connection lives for the one import, so the larger cache goes with it.
+    connection.run(present.empty() ? QStringLiteral("pragma cache_size=-8192")
+                                   : QStringLiteral("pragma cache_size=-65536"));
+    insert_ = std::make_unique<DataColInsert>(connection);
 }
+
+ReadingImport::~ReadingImport() = default;
 
 void ReadingImport::add(const ImportedReading& record) {
-    const QString date = storedDateFromLogText(record.date);
-    const QString time = storedTimeFromLogText(record.time);
+    const StoredText date = storedDateFromLogText(record.date);
+    const StoredText time = storedTimeFromLogText(record.time);
     if (date.isNull() || time.isNull()) {
-        throw DatabaseError(QStringLiteral("Record %1 of the import has a date \"%2\" and time "
-                                           "\"%3\" that cannot be stored.")
-                                .arg(stored_ + 1)
-                                .arg(record.date, record.time));
+        throw DatabaseError(
+            QStringLiteral("Record %1 of the import has a date \"%2\" and time "
+                           "\"%3\" that cannot be stored.")
+                .arg(stored_ + 1)
+                .arg(QString::fromLatin1(record.date), QString::fromLatin1(record.time)));
     }
-    const QVariant values[] = {record.scaleId, record.group, record.reading,
-                               time,           date,         record.tagId};
-    for (int i = 0; i < 6; ++i) {
-        insert_.bindValue(i, values[i]);
-    }
-    if (!insert_.exec()) {
-        throw DatabaseError(insert_.lastError().text());
-    }
+    insert_->bind(scaleIdField, storedText(record.scaleId, scratch_[scaleIdField]));
+    insert_->bind(groupField, storedText(record.group, scratch_[groupField]));
+    insert_->bind(readingField, storedText(record.reading, scratch_[readingField]));
+    insert_->bind(timeField, time.view());
+    insert_->bind(dateField, date.view());
+    insert_->bind(tagIdField, storedText(record.tagId, scratch_[tagIdField]));
+    insert_->exec();
     ++stored_;
 }
 
 void ReadingImport::commit() {
-    insert_.finish();
-    transaction_.commit();
-}
-
-int insertImportedReadings(Connection& connection, const QList<ImportedReading>& records) {
-    ReadingImport import(connection);
-    try {
-        for (const ImportedReading& record : records) {
-            import.add(record);
-        }
-    } catch (const DatabaseError&) {
-        import.commit();
-        throw;
+    for (int i : dropped_) {
+        createOrderIndex(connection_, kOrderIndexes[i]);
     }
-    import.commit();
-    return import.stored();
+    dropped_.clear();
+    transaction_.commit();
 }
 
 void deleteAllReadings(Connection& connection) {
@@ -213,12 +327,9 @@ void prepareReadingStore(Connection& connection) {
     // A write-ahead log takes a stored reading to the disk with one sync, and every connection
     // syncs at each commit, so a row is on the disk when its store returns.
     connection.run(QStringLiteral("pragma journal_mode=wal"));
-    connection.run(QStringLiteral(
-        "create index if not exists datacol_by_datetime on datacol (Date, Time, ID)"));
-    connection.run(QStringLiteral(
-        "create index if not exists datacol_by_scaleid on datacol (ScaleID, Date, Time, ID)"));
-    connection.run(QStringLiteral(
-        "create index if not exists datacol_by_reading on datacol (Reading, Date, Time, ID)"));
+    for (const OrderIndex& index : kOrderIndexes) {
+        createOrderIndex(connection, index);
+    }
 }
 
 } // namespace stellwyn::core

@@ -2,12 +2,16 @@
 
 #include "core/store/Connection.h"
 
+#include <QByteArrayView>
 #include <QDateTime>
 #include <QList>
 #include <QString>
 #include <QVariant>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace stellwyn::core {
 
@@ -33,15 +37,19 @@ enum class DataColOrder { storeOrder, byId, byDateTime, byScaleId, byReading };
 qint64 insertReading(Connection& connection, const QString& scaleId,
                      const std::optional<QString>& reading, const QDateTime& at);
 
-// A record of the SD card's log, as its reader hands it over.
+// A record of the SD card's log, as its reader hands it over: the card's text, one byte a
+// character, viewed in the reader's buffers until the next record. A null view is a field the
+// record does not set, stored as null.
 struct ImportedReading {
-    QString scaleId;
-    QString group;
-    QString reading;
-    QString date; // month/day/year
-    QString time; // hour:minute:second, the hour possibly shifted below zero
-    QString tagId;
+    QByteArrayView scaleId;
+    QByteArrayView group;
+    QByteArrayView reading;
+    QByteArrayView date; // month/day/year
+    QByteArrayView time; // hour:minute:second, the hour possibly shifted below zero
+    QByteArrayView tagId;
 };
+
+class DataColInsert;
 
 // Stores a card's records one by one inside one transaction, so that a long file needs neither
 // a transaction per row nor all its rows in memory. A record whose date or time the store cannot
@@ -49,21 +57,26 @@ struct ImportedReading {
 // which the importer calls also when it stops early. Uncommitted, the records are dropped.
 class ReadingImport {
 public:
-    explicit ReadingImport(Connection& connection);
+    // expectedRows: about how many records will come, or 0 if not known; the store may prepare
+    // differently for a long import.
+    explicit ReadingImport(Connection& connection, qint64 expectedRows = 0);
+    ~ReadingImport();
+    ReadingImport(const ReadingImport&) = delete;
+    ReadingImport& operator=(const ReadingImport&) = delete;
     void add(const ImportedReading& record);
     void commit();
     int stored() const { return stored_; }
 
 private:
+    Connection& connection_;
     Transaction transaction_;
-    QSqlQuery insert_;
+    std::unique_ptr<DataColInsert> insert_;
+    // Indexes left out while the rows go in, built again at commit.
+    std::vector<int> dropped_;
+    // The fields that hold letters beyond ASCII, turned into the store's encoding.
+    std::string scratch_[6];
     int stored_ = 0;
 };
-
-// Stores the records in their order as one write. A record whose date or time the store
-// cannot take stops the import there: the records before it are kept (as they were kept one by
-// one before), and a DatabaseError names the record. Returns the number stored.
-int insertImportedReadings(Connection& connection, const QList<ImportedReading>& records);
 
 // "Clear List". The ID counter runs on past the deleted rows.
 void deleteAllReadings(Connection& connection);

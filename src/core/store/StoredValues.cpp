@@ -30,103 +30,126 @@ QString storedTime(const QTime& time) {
     return time.toString(QStringLiteral("HH:mm:ss"));
 }
 
+void StoredText::appendNumber(int value) {
+    char digits[12];
+    int n = 0;
+    unsigned magnitude = value < 0 ? 0U - unsigned(value) : unsigned(value);
+    do {
+        digits[n++] = char('0' + magnitude % 10);
+        magnitude /= 10;
+    } while (magnitude != 0);
+    if (value < 0) {
+        append('-');
+    }
+    while (n > 0) {
+        append(digits[--n]);
+    }
+}
+
+StoredText StoredText::fromLatin1(const QString& text) {
+    StoredText stored;
+    for (QChar c : text) {
+        stored.append(char(c.unicode()));
+    }
+    return stored;
+}
+
 namespace {
 
 // Digits only, 1 to maxDigits of them; -1 otherwise.
-int smallNumber(QStringView digits, qsizetype maxDigits) {
+int smallNumber(QByteArrayView digits, qsizetype maxDigits) {
     if (digits.isEmpty() || digits.size() > maxDigits) {
         return -1;
     }
     int value = 0;
-    for (QChar c : digits) {
-        if (c < u'0' || c > u'9') {
+    for (char c : digits) {
+        if (c < '0' || c > '9') {
             return -1;
         }
-        value = value * 10 + (c.unicode() - u'0');
+        value = value * 10 + (c - '0');
     }
     return value;
 }
 
-void appendTwoDigits(QString& text, int value) {
-    text += QChar(u'0' + value / 10);
-    text += QChar(u'0' + value % 10);
-}
-
 // The card's everyday forms, "M/d/yyyy" and "M/d/yy", read without the general date parser:
 // a card holds a million of them. Anything else is left to the general parser.
-std::optional<QString> quickLogDate(QStringView text) {
-    const qsizetype first = text.indexOf(u'/');
-    const qsizetype second = first < 0 ? -1 : text.indexOf(u'/', first + 1);
+StoredText quickLogDate(QByteArrayView text) {
+    const qsizetype first = text.indexOf('/');
+    const qsizetype second = first < 0 ? -1 : text.indexOf('/', first + 1);
     if (second < 0) {
-        return std::nullopt;
+        return {};
     }
-    const int month = smallNumber(text.left(first), 2);
-    const int day = smallNumber(text.mid(first + 1, second - first - 1), 2);
-    const QStringView yearText = text.mid(second + 1);
+    const int month = smallNumber(text.first(first), 2);
+    const int day = smallNumber(text.sliced(first + 1, second - first - 1), 2);
+    const QByteArrayView yearText = text.sliced(second + 1);
     if (yearText.size() != 2 && yearText.size() != 4) {
-        return std::nullopt;
+        return {};
     }
     int year = smallNumber(yearText, 4);
     if (month < 0 || day < 0 || year < 0) {
-        return std::nullopt;
+        return {};
     }
     if (yearText.size() == 2) {
         year += year < 50 ? 2000 : 1900;
     }
     if (!QDate::isValid(year, month, day)) {
-        return std::nullopt;
+        return {};
     }
-    QString stored;
-    stored.reserve(10);
-    appendTwoDigits(stored, year / 100);
-    appendTwoDigits(stored, year % 100);
-    stored += u'-';
-    appendTwoDigits(stored, month);
-    stored += u'-';
-    appendTwoDigits(stored, day);
+    StoredText stored;
+    stored.appendTwoDigits(year / 100);
+    stored.appendTwoDigits(year % 100);
+    stored.append('-');
+    stored.appendTwoDigits(month);
+    stored.append('-');
+    stored.appendTwoDigits(day);
     return stored;
 }
 
 // "H:m:s" and "-H:m:s" with one or two digits each.
-std::optional<QString> quickLogTime(QStringView text) {
-    const bool negative = text.startsWith(u'-');
+StoredText quickLogTime(QByteArrayView text) {
+    const bool negative = text.startsWith('-');
     if (negative) {
-        text = text.mid(1);
+        text = text.sliced(1);
     }
-    const qsizetype first = text.indexOf(u':');
-    const qsizetype second = first < 0 ? -1 : text.indexOf(u':', first + 1);
+    const qsizetype first = text.indexOf(':');
+    const qsizetype second = first < 0 ? -1 : text.indexOf(':', first + 1);
     if (second < 0) {
-        return std::nullopt;
+        return {};
     }
-    const int hour = smallNumber(text.left(first), 2);
-    const int minute = smallNumber(text.mid(first + 1, second - first - 1), 2);
-    const int second_ = smallNumber(text.mid(second + 1), 2);
+    const int hour = smallNumber(text.first(first), 2);
+    const int minute = smallNumber(text.sliced(first + 1, second - first - 1), 2);
+    const int second_ = smallNumber(text.sliced(second + 1), 2);
     if (hour < 0 || minute < 0 || second_ < 0 || minute > 59 || second_ > 59 ||
         (!negative && hour > 23)) {
-        return std::nullopt;
+        return {};
     }
-    QString stored;
-    stored.reserve(9);
+    StoredText stored;
     if (negative) {
-        stored += u'-';
-        stored += QString::number(hour);
+        stored.append('-');
+        stored.appendNumber(hour);
     } else {
-        appendTwoDigits(stored, hour);
+        stored.appendTwoDigits(hour);
     }
-    stored += u':';
-    appendTwoDigits(stored, minute);
-    stored += u':';
-    appendTwoDigits(stored, second_);
+    stored.append(':');
+    stored.appendTwoDigits(minute);
+    stored.append(':');
+    stored.appendTwoDigits(second_);
     return stored;
+}
+
+// What the quick forms leave goes to the general parsers, trimmed of every kind of blank.
+QString generalText(QByteArrayView text) {
+    return QString::fromLatin1(text).trimmed();
 }
 
 } // namespace
 
-QString storedDateFromLogText(const QString& text) {
-    const QString trimmed = text.trimmed();
-    if (const std::optional<QString> quick = quickLogDate(trimmed)) {
-        return *quick;
+StoredText storedDateFromLogText(QByteArrayView text) {
+    const StoredText quick = quickLogDate(text.trimmed());
+    if (!quick.isNull()) {
+        return quick;
     }
+    const QString trimmed = generalText(text);
     for (const QString& format :
          {QStringLiteral("M/d/yyyy"), QStringLiteral("M/d/yy"), QStringLiteral("yyyy-MM-dd")}) {
         QDate date = QDate::fromString(trimmed, format);
@@ -134,17 +157,18 @@ QString storedDateFromLogText(const QString& text) {
             if (format == QLatin1String("M/d/yy") && date.year() < 1950) {
                 date = date.addYears(100);
             }
-            return storedDate(date);
+            return StoredText::fromLatin1(storedDate(date));
         }
     }
     return {};
 }
 
-QString storedTimeFromLogText(const QString& text) {
-    const QString trimmed = text.trimmed();
-    if (const std::optional<QString> quick = quickLogTime(trimmed)) {
-        return *quick;
+StoredText storedTimeFromLogText(QByteArrayView text) {
+    const StoredText quick = quickLogTime(text.trimmed());
+    if (!quick.isNull()) {
+        return quick;
     }
+    const QString trimmed = generalText(text);
     static const QRegularExpression form(
         QStringLiteral(R"(^(-?)(\d{1,2}):(\d{1,2})(?::(\d{1,2}))?$)"));
     const QRegularExpressionMatch m = form.match(trimmed);
@@ -159,12 +183,12 @@ QString storedTimeFromLogText(const QString& text) {
     }
     if (m.captured(1).isEmpty()) {
         const QTime time(hour, minute, second);
-        return time.isValid() ? storedTime(time) : QString();
+        return time.isValid() ? StoredText::fromLatin1(storedTime(time)) : StoredText();
     }
-    return QStringLiteral("-%1:%2:%3")
-        .arg(hour)
-        .arg(minute, 2, 10, QLatin1Char('0'))
-        .arg(second, 2, 10, QLatin1Char('0'));
+    return StoredText::fromLatin1(QStringLiteral("-%1:%2:%3")
+                                      .arg(hour)
+                                      .arg(minute, 2, 10, QLatin1Char('0'))
+                                      .arg(second, 2, 10, QLatin1Char('0')));
 }
 
 namespace {
