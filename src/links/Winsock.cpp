@@ -1,6 +1,7 @@
 #include "Winsock.h"
 
 #include "core/InputBound.h"
+#include "links/LinksLog.h"
 
 namespace stellwyn::links {
 
@@ -63,11 +64,16 @@ bool Winsock::SendData(const QByteArray& data) {
     if (State() != sckConnected) {
         return false;
     }
+    qCDebug(lcSocket, "sent %s", data.toHex(' ').constData());
     return socket_.write(data) == data.size();
 }
 
 QByteArray Winsock::GetData() {
-    return socket_.readAll();
+    QByteArray data = socket_.readAll();
+    if (!data.isEmpty()) {
+        qCDebug(lcSocket, "received %s", data.toHex(' ').constData());
+    }
+    return data;
 }
 
 } // namespace stellwyn::links
