@@ -37,6 +37,11 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
         data1_.MoveFirst();
         data1_.FindId(scaleid);
     };
+    serialLink_.showStatus = [this](const QString& text) {
+        if (calls_.showStatus) {
+            calls_.showStatus(text);
+        }
+    };
     timers_.attach();
     scanTable_.attach();
     context_.hooks.excelOutput = [this](int slot) { excel_.excel_write_reading(slot); };
