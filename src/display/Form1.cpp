@@ -2,6 +2,7 @@
 
 #include "acquisition/QtTimerDriver.h"
 #include "collection/SpreadsheetApp.h"
+#include "core/FatalError.h"
 #include "core/Module1.h"
 #include "core/Yield.h"
 #include "links/Ethernet.h"
@@ -118,7 +119,7 @@ void Form1::runEvent(const std::function<void()>& handler) {
         return;
     }
     Busy busy(*this);
-    handler();
+    core::runHandler(handler);
 }
 
 void Form1::Form_Load() {

@@ -4,6 +4,7 @@
 #include "CommandProtocol.h"
 #include "IndicatorConfigLog.h"
 #include "core/Dialogs.h"
+#include "core/FatalError.h"
 
 #include <QFileInfo>
 #include <QLocalSocket>
@@ -64,7 +65,8 @@ CommandServer::CommandServer(QString socketPath, Execute execute, CapturingDialo
                              QObject* parent)
     : QObject(parent), path_(std::move(socketPath)), execute_(std::move(execute)),
       dialogs_(dialogs) {
-    connect(&server_, &QLocalServer::newConnection, this, &CommandServer::accept);
+    connect(&server_, &QLocalServer::newConnection, this,
+            [this] { core::runHandler([this] { accept(); }); });
 }
 
 CommandServer::~CommandServer() {
@@ -107,10 +109,11 @@ bool CommandServer::listen() {
 void CommandServer::accept() {
     while (QLocalSocket* socket = server_.nextPendingConnection()) {
         clients_.insert(socket, Client{});
-        connect(socket, &QLocalSocket::readyRead, this, [this, socket] { readFrom(socket); });
+        connect(socket, &QLocalSocket::readyRead, this,
+                [this, socket] { core::runHandler([&] { readFrom(socket); }); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
             // Lines that came just before the client closed are still taken.
-            readFrom(socket);
+            core::runHandler([&] { readFrom(socket); });
             clients_.remove(socket);
             socket->deleteLater();
         });
