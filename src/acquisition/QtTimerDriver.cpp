@@ -1,6 +1,7 @@
 #include "QtTimerDriver.h"
 
 #include "core/Controls.h"
+#include "core/FatalError.h"
 
 namespace stellwyn::acquisition {
 
@@ -19,7 +20,7 @@ void QtTimerDriver::drive(core::Timer& timer) {
     driven_.push_back(d);
     connect(d->timer, &QTimer::timeout, this, [d] {
         if (d->state->Tick) {
-            d->state->Tick();
+            core::runHandler(d->state->Tick);
         }
     });
     timer.Changed = [this, d] { follow(*d); };

@@ -11,7 +11,7 @@
 namespace stellwyn::acquisition {
 
 namespace {
-Q_LOGGING_CATEGORY(lcAcquisition, "stellwyn.acquisition")
+Q_LOGGING_CATEGORY(lcAcquisition, "stellwyn.acquisition", QtInfoMsg)
 } // namespace
 
 Scanners::Scanners(AcquisitionContext& context)

@@ -3,6 +3,7 @@
 #include "FrmMain.h"
 #include "Version.h"
 #include "core/Dialogs.h"
+#include "core/FatalError.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -54,9 +55,11 @@ FrmAboutView::FrmAboutView(core::Dialogs& dialogs, QWidget* parent) : QDialog(pa
     sysInfo->setObjectName(QStringLiteral("cmdSysInfo"));
     connect(ok, &QPushButton::clicked, this, &QDialog::accept);
     connect(sysInfo, &QPushButton::clicked, this, [&dialogs] {
-        if (!startSystemInfo()) {
-            dialogs.message(QStringLiteral("System Information Is Unavailable At This Time"));
-        }
+        core::runHandler([&] {
+            if (!startSystemInfo()) {
+                dialogs.message(QStringLiteral("System Information Is Unavailable At This Time"));
+            }
+        });
     });
 
     auto* buttons = new QHBoxLayout;

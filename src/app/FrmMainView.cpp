@@ -1,6 +1,7 @@
 #include "FrmMainView.h"
 
 #include "FrmMain.h"
+#include "core/FatalError.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -75,16 +76,20 @@ void FrmMainView::buildMenus() {
     QMenuBar* bar = menuBar();
     QAction* mArs = bar->addAction(FrmMain::m_arsCaption());
     mArs->setObjectName(QStringLiteral("m_ars"));
-    connect(mArs, &QAction::triggered, &logic_, &FrmMain::m_ars_Click);
+    // Each menu entry enters the frame's handler through the guard for untrapped errors.
+    const auto enter = [this](void (FrmMain::*handler)()) {
+        return [this, handler] { core::runHandler([&] { (logic_.*handler)(); }); };
+    };
+    connect(mArs, &QAction::triggered, &logic_, enter(&FrmMain::m_ars_Click));
     QAction* setups = bar->addAction(FrmMain::mnu_setupsCaption());
     setups->setObjectName(QStringLiteral("mnu_setups"));
-    connect(setups, &QAction::triggered, &logic_, &FrmMain::mnu_setups_Click);
+    connect(setups, &QAction::triggered, &logic_, enter(&FrmMain::mnu_setups_Click));
     QAction* about = bar->addAction(FrmMain::mnuHelpAboutCaption());
     about->setObjectName(QStringLiteral("mnuHelpAbout"));
-    connect(about, &QAction::triggered, &logic_, &FrmMain::mnuHelpAbout_Click);
+    connect(about, &QAction::triggered, &logic_, enter(&FrmMain::mnuHelpAbout_Click));
     QAction* exitAction = bar->addAction(FrmMain::m_exitCaption());
     exitAction->setObjectName(QStringLiteral("m_exit"));
-    connect(exitAction, &QAction::triggered, &logic_, &FrmMain::m_exit_Click);
+    connect(exitAction, &QAction::triggered, &logic_, enter(&FrmMain::m_exit_Click));
 }
 
 void FrmMainView::buildToolBar() {
@@ -101,7 +106,7 @@ void FrmMainView::buildToolBar() {
         QAction* action = toolbar->addAction(toolbarIcon(buttons[i], style()), buttons[i]);
         action->setToolTip(buttons[i]);
         connect(action, &QAction::triggered, &logic_,
-                [this, i] { logic_.tbToolBar_ButtonClick(i); });
+                [this, i] { core::runHandler([&] { logic_.tbToolBar_ButtonClick(i); }); });
     }
 }
 
@@ -176,7 +181,7 @@ void FrmMainView::closeEvent(QCloseEvent* event) {
         logic_.setPlace(toTwips(frame.x(), true), toTwips(frame.y(), false), toTwips(width(), true),
                         toTwips(height(), false));
     }
-    logic_.MDIForm_Unload(minimized);
+    core::runHandler([&] { logic_.MDIForm_Unload(minimized); });
     event->accept();
 }
 

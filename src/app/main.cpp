@@ -44,6 +44,7 @@
 #include "sdmemory/SdSettingView.h"
 
 #include <QFileInfo>
+#include <QLoggingCategory>
 #include <cstdio>
 #include <memory>
 
@@ -95,17 +96,15 @@ int exportReadings(const core::AppHome& home, const QString& file) {
 }
 
 // Unattended, standard error carries the program's own messages one a line, for scripts to
-// read; the toolkit's notes about the desktop it runs on would only get in their way.
-void quietToolkitNotes(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-    // The program's own categories have their say: their rules decide what reaches here.
-    if (context.category != nullptr && qstrncmp(context.category, "stellwyn.", 9) == 0) {
-        printLine(stderr, QString::fromLatin1(context.category) + QStringLiteral(": ") + text);
-        return;
-    }
-    if (type == QtCriticalMsg || type == QtFatalMsg) {
-        printLine(stderr, QStringLiteral("qt: ") + text);
-    }
-}
+// read; the toolkit's notes about the desktop it runs on would only get in their way. Only its
+// criticals still pass. The program's own categories keep their defaults, and QT_LOGGING_RULES,
+// read after these, still overrides them all.
+const char* const kUnattendedLogRules = "default.debug=false\n"
+                                        "default.info=false\n"
+                                        "default.warning=false\n"
+                                        "qt.*.debug=false\n"
+                                        "qt.*.info=false\n"
+                                        "qt.*.warning=false";
 
 } // namespace
 
@@ -158,7 +157,7 @@ int main(int argc, char** argv) {
     }
 
     if (options.unattended) {
-        qInstallMessageHandler(quietToolkitNotes);
+        QLoggingCategory::setFilterRules(QString::fromLatin1(kUnattendedLogRules));
         // Unattended runs need no display at all.
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
             qputenv("QT_QPA_PLATFORM", "offscreen");

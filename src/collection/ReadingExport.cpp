@@ -1,6 +1,7 @@
 #include "ReadingExport.h"
 
 #include "core/AppHome.h"
+#include "core/WholeFile.h"
 
 #include <QDate>
 #include <QFileInfo>
@@ -72,7 +73,7 @@ qint64 exportCsv(core::Connection& connection, core::DataColOrder order, const Q
         ++rows;
         return true;
     });
-    if (!file.commit()) {
+    if (!core::commitWhole(file)) {
         throw ExportError(cannotWrite(path, file.errorString()));
     }
     return rows;

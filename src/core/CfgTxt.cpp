@@ -1,7 +1,10 @@
 #include "CfgTxt.h"
 
+#include "CoreLog.h"
 #include "Module1.h"
+#include "WholeFile.h"
 
+#include <QDir>
 #include <QFile>
 
 namespace stellwyn::core::cfgtxt {
@@ -32,12 +35,18 @@ std::optional<QString> readFirstField(const QString& path) {
 }
 
 bool write(const QString& path, const QString& folder) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
-        return false;
-    }
+    // The new file replaces the old one whole, or not at all: a full disk or a crash on the
+    // way leaves the folder that was there, never an empty or half-written line.
+    QSaveFile file(path);
     const QByteArray bytes = folder.toLocal8Bit() + '\n';
-    return file.write(bytes) == bytes.size();
+    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeWhole(file, bytes) &&
+        commitWhole(file)) {
+        return true;
+    }
+    qCWarning(lcCore).noquote() << QStringLiteral("%1 could not be written (%2); it keeps what it "
+                                                  "held before.")
+                                       .arg(QDir::toNativeSeparators(path), file.errorString());
+    return false;
 }
 
 } // namespace stellwyn::core::cfgtxt

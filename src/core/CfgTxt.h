@@ -15,7 +15,8 @@ inline constexpr qint64 kLongestLine = 4096;
 // The first field of the file, or nothing when the file cannot be opened. Only the first
 // kLongestLine bytes of the line are read.
 std::optional<QString> readFirstField(const QString& path);
-// Writes the folder as the file's one line; false on failure.
+// Replaces the file by one holding the folder as its one line. On failure the file is as it
+// was, the reason is logged, and the result is false.
 bool write(const QString& path, const QString& folder);
 // The first comma-delimited field of a line: blanks around it dropped, quotes honoured.
 QString firstField(const QString& line);

@@ -6,7 +6,6 @@
 #include "Module1.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
 
@@ -65,10 +64,8 @@ void Getdatapath::Command1_Click() {
         return;
     }
     // A failure to rewrite cfg.txt is passed over: the screen still closes, and the next
-    // start asks again.
-    const QString cfg = home_.file(QStringLiteral("cfg.txt"));
-    QFile::remove(cfg);
-    cfgtxt::write(cfg, m_.datapath);
+    // start asks again. The file is replaced whole, so it is never left without a folder.
+    cfgtxt::write(home_.file(QStringLiteral("cfg.txt")), m_.datapath);
     unload();
 }
 

@@ -1,5 +1,6 @@
 #include "GetdatapathView.h"
 
+#include "FatalError.h"
 #include "Getdatapath.h"
 
 #include <QComboBox>
@@ -53,12 +54,15 @@ GetdatapathView::GetdatapathView(Getdatapath& logic, QWidget* parent)
     resize(420, 420);
 
     connect(drive1_, &QComboBox::textActivated, this,
-            [this](const QString& drive) { logic_.Drive1_Change(drive); });
-    connect(dir1_, &QTreeView::clicked, this,
-            [this](const QModelIndex& index) { logic_.Dir1_Change(model_->filePath(index)); });
+            [this](const QString& drive) { runHandler([&] { logic_.Drive1_Change(drive); }); });
+    connect(dir1_, &QTreeView::clicked, this, [this](const QModelIndex& index) {
+        runHandler([&] { logic_.Dir1_Change(model_->filePath(index)); });
+    });
     connect(&logic_, &Getdatapath::dirChanged, this, &GetdatapathView::showFolder);
-    connect(okay, &QPushButton::clicked, this, [this] { logic_.Command1_Click(); });
-    connect(cancel, &QPushButton::clicked, this, [this] { logic_.Command2_Click(); });
+    connect(okay, &QPushButton::clicked, this,
+            [this] { runHandler([this] { logic_.Command1_Click(); }); });
+    connect(cancel, &QPushButton::clicked, this,
+            [this] { runHandler([this] { logic_.Command2_Click(); }); });
     connect(&logic_, &Getdatapath::unloadRequested, this, &QDialog::accept);
 
     showFolder(logic_.dir());

@@ -1,14 +1,11 @@
 #include "SettingsStore.h"
 
+#include "CoreLog.h"
 #include "InputBound.h"
-
-#include <QLoggingCategory>
 
 namespace stellwyn::core {
 
 namespace {
-Q_LOGGING_CATEGORY(lcCore, "stellwyn.core")
-
 QString keyOf(const QString& section, const QString& key) {
     return section + u'/' + key;
 }

@@ -1,5 +1,6 @@
 #include "SetupView.h"
 
+#include "FatalError.h"
 #include "Setup.h"
 
 #include <QApplication>
@@ -73,8 +74,10 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
         // Clicks and arrow keys, not the toggles that drawing the state makes.
         connect(radio, &QRadioButton::clicked, this, [this, &state](bool on) {
             if (on) {
-                leaveFocusedField();
-                state.setValue(true);
+                runHandler([&] {
+                    leaveFocusedField();
+                    state.setValue(true);
+                });
             }
         });
         syncs_.push_back([radio, &state] {
@@ -128,10 +131,11 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     deviceGone->setText(c.lbl_device_gone.caption);
     commportLayout->addWidget(deviceGone);
     connect(device, &QComboBox::activated, this, [this, device](int index) {
-        logic_.cmb_device_Commit(device->itemData(index).toString());
+        runHandler([&] { logic_.cmb_device_Commit(device->itemData(index).toString()); });
     });
-    connect(device->lineEdit(), &QLineEdit::editingFinished, this,
-            [this, device] { logic_.cmb_device_Commit(device->currentText()); });
+    connect(device->lineEdit(), &QLineEdit::editingFinished, this, [this, device] {
+        runHandler([&] { logic_.cmb_device_Commit(device->currentText()); });
+    });
     syncs_.push_back([device, deviceLabel, deviceGone, commport, &c] {
         const SerialDeviceBox& box = c.cmb_device;
         commport->setEnabled(c.frm_commport.enabled);
@@ -182,7 +186,7 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     lostFocus_.insert(netdel, [this] { logic_.txt_netdeltime_LostFocus(); });
     QLineEdit* usberr = timeRow("txt_usberr", c.lbl_usberr, c.txt_usberr, u'E');
     connect(usberr, &QLineEdit::textEdited, this,
-            [this](const QString& text) { logic_.txt_usberr_Change(text); });
+            [this](const QString& text) { runHandler([&] { logic_.txt_usberr_Change(text); }); });
 
     QCheckBox* rfnet = checkBox("chk_RFnet", c.chk_RFnet);
     rfnet->setText(withMnemonic(c.chk_RFnet.caption, u'F'));
@@ -199,7 +203,7 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
     rfRow->addStretch();
     frame1Layout->addRow(rfRow);
     connect(channel, &QComboBox::activated, this,
-            [&c](int index) { c.cmbRfNetID.setListIndex(index); });
+            [&c](int index) { runHandler([&] { c.cmbRfNetID.setListIndex(index); }); });
     syncs_.push_back([channel, label1, &c] {
         if (channel->count() != c.cmbRfNetID.items().size()) {
             channel->clear();
@@ -275,8 +279,10 @@ SetupView::SetupView(Setup& logic, QWidget* parent) : QDialog(parent), logic_(lo
         move->setAutoDefault(false);
         navigation->addWidget(move);
         connect(move, &QPushButton::clicked, this, [this, i] {
-            leaveFocusedField();
-            logic_.Command1_Click(i);
+            runHandler([&] {
+                leaveFocusedField();
+                logic_.Command1_Click(i);
+            });
         });
         syncs_.push_back([move, i, &c] { move->setEnabled(c.Command1[i].enabled); });
     }
@@ -375,7 +381,7 @@ QCheckBox* SetupView::checkBox(const char* name, CheckBox& state) {
     box->setToolTip(state.toolTip);
     box->installEventFilter(this);
     connect(box, &QCheckBox::clicked, this,
-            [&state](bool checked) { state.setValue(checked ? 1 : 0); });
+            [&state](bool checked) { runHandler([&] { state.setValue(checked ? 1 : 0); }); });
     syncs_.push_back([box, &state] {
         showState(box, state.enabled, state.visible);
         box->setChecked(state.value() != 0);
@@ -388,10 +394,12 @@ QPushButton* SetupView::button(const char* name, CommandButton& state) {
     push->setObjectName(QString::fromLatin1(name));
     push->setAutoDefault(false);
     connect(push, &QPushButton::clicked, this, [this, &state] {
-        leaveFocusedField();
-        if (state.Click) {
-            state.Click();
-        }
+        runHandler([&] {
+            leaveFocusedField();
+            if (state.Click) {
+                state.Click();
+            }
+        });
     });
     syncs_.push_back([push, &state] { showState(push, state.enabled, state.visible); });
     return push;
@@ -407,7 +415,7 @@ bool SetupView::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusOut) {
         const auto handler = lostFocus_.constFind(watched);
         if (handler != lostFocus_.cend()) {
-            (*handler)();
+            runHandler(*handler);
         }
     }
     return QDialog::eventFilter(watched, event);
@@ -430,8 +438,10 @@ void SetupView::focusField(int index) {
 
 // Closing the window is the Cancel button.
 void SetupView::reject() {
-    leaveFocusedField();
-    logic_.Cancel_Click();
+    runHandler([this] {
+        leaveFocusedField();
+        logic_.Cancel_Click();
+    });
 }
 
 } // namespace stellwyn::core

@@ -2,6 +2,7 @@
 
 #include "acquisition/QtTimerDriver.h"
 #include "collection/SpreadsheetApp.h"
+#include "core/FatalError.h"
 #include "core/Module1.h"
 #include "core/Yield.h"
 #include "links/Ethernet.h"
@@ -36,6 +37,11 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
     context_.hooks.data1FindId = [this](std::int32_t scaleid) {
         data1_.MoveFirst();
         data1_.FindId(scaleid);
+    };
+    serialLink_.showStatus = [this](const QString& text) {
+        if (calls_.showStatus) {
+            calls_.showStatus(text);
+        }
     };
     timers_.attach();
     scanTable_.attach();
@@ -113,7 +119,7 @@ void Form1::runEvent(const std::function<void()>& handler) {
         return;
     }
     Busy busy(*this);
-    handler();
+    core::runHandler(handler);
 }
 
 void Form1::Form_Load() {

@@ -118,7 +118,8 @@ public:
     bool isUnloaded() const { return unloaded_; }
     // True while one of the form's handlers runs, in a yield or not: the form must outlive it.
     bool busy() const { return busy_ > 0; }
-    // Runs an event of the form's controls, keeping the form alive while it does.
+    // Runs an event of the form's controls, keeping the form alive while it does. An error it
+    // does not trap ends the program here.
     void runEvent(const std::function<void()>& handler);
 
 signals:

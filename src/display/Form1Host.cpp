@@ -2,6 +2,7 @@
 
 #include "Form1.h"
 #include "Form1View.h"
+#include "core/FatalError.h"
 
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -18,7 +19,7 @@ Form1Host::Form1Host(QMdiArea& area, std::function<std::unique_ptr<Form1>()> mak
     : QObject(parent), area_(area), makeForm_(std::move(makeForm)) {
     connect(&area_, &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* window) {
         if (window != nullptr && window == window_ && form_) {
-            form_->Form_Activate();
+            core::runHandler([this] { form_->Form_Activate(); });
         }
     });
 }
@@ -60,7 +61,7 @@ void Form1Host::show() {
     // anything, so this one is sure to run even where the window system activates nothing.
     QTimer::singleShot(0, this, [this] {
         if (form_ && !form_->isUnloaded()) {
-            form_->Form_Activate();
+            core::runHandler([this] { form_->Form_Activate(); });
         }
     });
 }

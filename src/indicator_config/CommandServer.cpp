@@ -4,6 +4,7 @@
 #include "CommandProtocol.h"
 #include "IndicatorConfigLog.h"
 #include "core/Dialogs.h"
+#include "core/FatalError.h"
 
 #include <QFileInfo>
 #include <QLocalSocket>
@@ -32,22 +33,21 @@ QString systemError() {
 bool makePrivateFolder(const QString& folder) {
     const QByteArray name = QFile::encodeName(folder);
     if (::mkdir(name.constData(), S_IRWXU) != 0 && errno != EEXIST) {
-        qCWarning(lcIndicatorConfig) << "cannot make the command folder" << folder << systemError();
+        qCWarning(lcCommand) << "cannot make the command folder" << folder << systemError();
         return false;
     }
     struct stat st {};
     if (::lstat(name.constData(), &st) != 0) {
-        qCWarning(lcIndicatorConfig) << "cannot read the command folder" << folder << systemError();
+        qCWarning(lcCommand) << "cannot read the command folder" << folder << systemError();
         return false;
     }
     if (!S_ISDIR(st.st_mode) || st.st_uid != ::getuid()) {
-        qCWarning(lcIndicatorConfig) << "the command folder" << folder
-                                     << "is not a folder of this user; no commands are taken";
+        qCWarning(lcCommand) << "the command folder" << folder
+                             << "is not a folder of this user; no commands are taken";
         return false;
     }
     if ((st.st_mode & 07777) != S_IRWXU && ::chmod(name.constData(), S_IRWXU) != 0) {
-        qCWarning(lcIndicatorConfig)
-            << "cannot make the command folder private" << folder << systemError();
+        qCWarning(lcCommand) << "cannot make the command folder private" << folder << systemError();
         return false;
     }
     return true;
@@ -65,7 +65,8 @@ CommandServer::CommandServer(QString socketPath, Execute execute, CapturingDialo
                              QObject* parent)
     : QObject(parent), path_(std::move(socketPath)), execute_(std::move(execute)),
       dialogs_(dialogs) {
-    connect(&server_, &QLocalServer::newConnection, this, &CommandServer::accept);
+    connect(&server_, &QLocalServer::newConnection, this,
+            [this] { core::runHandler([this] { accept(); }); });
 }
 
 CommandServer::~CommandServer() {
@@ -83,23 +84,22 @@ bool CommandServer::listen() {
     }
     if (!server_.listen(path_)) {
         if (server_.serverError() != QAbstractSocket::AddressInUseError) {
-            qCWarning(lcIndicatorConfig) << "cannot listen on" << path_ << server_.errorString();
+            qCWarning(lcCommand) << "cannot listen on" << path_ << server_.errorString();
             return false;
         }
         if (anotherServerAnswers(path_)) {
-            qCWarning(lcIndicatorConfig) << "another program already takes commands on" << path_;
+            qCWarning(lcCommand) << "another program already takes commands on" << path_;
             return false;
         }
         // Left by a run that was killed: nobody answers on it any more.
         QLocalServer::removeServer(path_);
         if (!server_.listen(path_)) {
-            qCWarning(lcIndicatorConfig) << "cannot listen on" << path_ << server_.errorString();
+            qCWarning(lcCommand) << "cannot listen on" << path_ << server_.errorString();
             return false;
         }
     }
     if (::chmod(QFile::encodeName(path_).constData(), S_IRUSR | S_IWUSR) != 0) {
-        qCWarning(lcIndicatorConfig)
-            << "cannot make the command socket private" << path_ << systemError();
+        qCWarning(lcCommand) << "cannot make the command socket private" << path_ << systemError();
         server_.close();
         return false;
     }
@@ -109,10 +109,11 @@ bool CommandServer::listen() {
 void CommandServer::accept() {
     while (QLocalSocket* socket = server_.nextPendingConnection()) {
         clients_.insert(socket, Client{});
-        connect(socket, &QLocalSocket::readyRead, this, [this, socket] { readFrom(socket); });
+        connect(socket, &QLocalSocket::readyRead, this,
+                [this, socket] { core::runHandler([&] { readFrom(socket); }); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
             // Lines that came just before the client closed are still taken.
-            readFrom(socket);
+            core::runHandler([&] { readFrom(socket); });
             clients_.remove(socket);
             socket->deleteLater();
         });

@@ -3,6 +3,6 @@
 #include <QLoggingCategory>
 
 namespace stellwyn::indicator_config {
-// Diagnostics of the indicator setup and the command interface.
-Q_DECLARE_LOGGING_CATEGORY(lcIndicatorConfig)
+// Diagnostics of the command interface through which other programs drive the indicator setup.
+Q_DECLARE_LOGGING_CATEGORY(lcCommand)
 } // namespace stellwyn::indicator_config

@@ -1,5 +1,7 @@
 #include "links/ChannelFtdi.h"
 
+#include "links/LinksLog.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -118,7 +120,9 @@ FT_STATUS ChannelFtdi::FT_Write(FtHandle handle, const QByteArray& buffer, DWORD
     if (length > static_cast<DWORD>(buffer.size())) {
         return FT_INVALID_PARAMETER;
     }
-    device->channel->write(buffer.left(static_cast<qsizetype>(length)));
+    const QByteArray bytes = buffer.left(static_cast<qsizetype>(length));
+    qCDebug(lcFtdi, "handle %d sent %s", handle, bytes.toHex(' ').constData());
+    device->channel->write(bytes);
     written = length;
     return FT_OK;
 }
@@ -134,6 +138,9 @@ FT_STATUS ChannelFtdi::FT_Read(FtHandle handle, QByteArray& buffer, DWORD toRead
     buffer = device->channel->read(static_cast<qint64>(toRead),
                                    static_cast<int>(std::min<DWORD>(device->readTimeout, 60000)));
     bytesReturned = static_cast<DWORD>(buffer.size());
+    if (!buffer.isEmpty()) {
+        qCDebug(lcFtdi, "handle %d received %s", handle, buffer.toHex(' ').constData());
+    }
     return FT_OK;
 }
 

@@ -46,7 +46,7 @@ FT_STATUS D2xxFtdi::FT_ListDevices(DWORD& numDevices, DWORD flags) {
         const QString why = QStringLiteral("The USB driver library %1 could not be loaded (%2). "
                                            "No USB device can be used until it is installed.")
                                 .arg(library_.path(), library_.errorString());
-        qCWarning(lcLinks).noquote() << why;
+        qCWarning(lcFtdi).noquote() << why;
         if (showStatus_) {
             showStatus_(why);
         }
@@ -152,6 +152,8 @@ FT_STATUS D2xxFtdi::FT_Write(FtHandle handle, const QByteArray& buffer, DWORD le
         return FT_INVALID_PARAMETER;
     }
     QByteArray bytes = buffer;
+    qCDebug(lcFtdi, "handle %d sent %s", handle,
+            bytes.left(static_cast<qsizetype>(length)).toHex(' ').constData());
     return library_.call<d2xx::Write>("FT_Write")(device, bytes.data(), length, &written);
 }
 
@@ -166,6 +168,9 @@ FT_STATUS D2xxFtdi::FT_Read(FtHandle handle, QByteArray& buffer, DWORD toRead,
     const FT_STATUS status =
         library_.call<d2xx::Read>("FT_Read")(device, buffer.data(), toRead, &bytesReturned);
     buffer.truncate(static_cast<qsizetype>(qMin(bytesReturned, toRead)));
+    if (!buffer.isEmpty()) {
+        qCDebug(lcFtdi, "handle %d received %s", handle, buffer.toHex(' ').constData());
+    }
     return status;
 }
 

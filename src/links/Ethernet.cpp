@@ -119,7 +119,7 @@ void Ethernet::lost(const QString& reason) {
 }
 
 void Ethernet::status(const QString& text) {
-    qCInfo(lcLinks).noquote() << text;
+    qCInfo(lcSocket).noquote() << text;
     if (showStatus) {
         showStatus(text);
     }

@@ -212,7 +212,7 @@ bool KernelChannel::openAt(const QString& place) {
 }
 
 void KernelChannel::tell(const QString& text) {
-    qCWarning(lcLinks).noquote() << text;
+    qCWarning(lcFtdi).noquote() << text;
     if (showStatus_) {
         showStatus_(text);
     }

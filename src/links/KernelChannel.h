@@ -2,6 +2,7 @@
 
 #include "links/FtdiChannel.h"
 #include "links/LineSettings.h"
+#include "links/LinksLog.h"
 #include "links/ReadBufferBound.h"
 
 #include <QDeadlineTimer>
@@ -41,7 +42,7 @@ private:
     void tell(const QString& text);
 
     QSerialPort port_;
-    ReadBufferBound bound_{port_};
+    ReadBufferBound bound_{port_, lcFtdi()};
     QString path_;
     QByteArray serialNumber_;
     std::function<void(const QString&)> showStatus_;

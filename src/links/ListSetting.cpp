@@ -15,7 +15,7 @@ QStringList commaListSetting(const core::SettingsStore& settings, const QString&
     const QString text = value.typeId() == QMetaType::QStringList ? value.toStringList().join(u',')
                                                                   : value.toString();
     const QStringList parts =
-        core::boundedValue(text, lcLinks(), QStringLiteral("The setting ") + name).split(u',');
+        core::boundedValue(text, lcFtdi(), QStringLiteral("The setting ") + name).split(u',');
     QStringList entries;
     for (const QString& part : parts) {
         if (!part.trimmed().isEmpty()) {

@@ -3,7 +3,39 @@
 #include "core/SettingsStore.h"
 #include "links/QtLineSettings.h"
 
+#include <QFile>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace stellwyn::links {
+
+namespace {
+
+// Why the device will not open, in words that lead to the remedy. Qt reports a device that
+// another program holds (its lock file, or an exclusive open) as a permission error, just as it
+// does a real denial; the device's own permissions tell the two apart.
+QString whyNotOpen(const QSerialPort& port, const QString& path) {
+    const QString reason = port.errorString();
+    switch (port.error()) {
+    case QSerialPort::DeviceNotFoundError:
+        return QStringLiteral("%1 does not exist (%2)").arg(path, reason);
+    case QSerialPort::PermissionError:
+        if (::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), R_OK | W_OK, AT_EACCESS) !=
+                0 &&
+            errno == EACCES) {
+            return QStringLiteral("%1 may not be opened by this user (%2). Serial devices are for "
+                                  "members of the group dialout: sudo usermod -aG dialout $USER, "
+                                  "then log out and in again.")
+                .arg(path, reason);
+        }
+        return QStringLiteral("%1 is in use by another program (%2)").arg(path, reason);
+    default:
+        return QStringLiteral("%1: %2").arg(path, reason);
+    }
+}
+
+} // namespace
 
 QtSerialDevice::QtSerialDevice(const core::SettingsStore& settings) : settings_(settings) {
     // A device that goes away (a pulled USB adapter, a closed pseudo-terminal) must leave the
@@ -18,9 +50,10 @@ QtSerialDevice::QtSerialDevice(const core::SettingsStore& settings) : settings_(
 
 bool QtSerialDevice::open(int port, QString& error) {
     lost_ = false;
-    port_.setPortName(settings_.serialDevicePath(port));
+    const QString path = settings_.serialDevicePath(port);
+    port_.setPortName(path);
     if (!port_.open(QIODevice::ReadWrite)) {
-        error = port_.portName() + QStringLiteral(": ") + port_.errorString();
+        error = whyNotOpen(port_, path);
         return false;
     }
     return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "links/LinksLog.h"
 #include "links/ReadBufferBound.h"
 #include "links/SerialDevice.h"
 
@@ -29,7 +30,7 @@ private:
 
     const core::SettingsStore& settings_;
     QSerialPort port_;
-    ReadBufferBound bound_{port_};
+    ReadBufferBound bound_{port_, lcSerial()};
     bool lost_ = false;
 };
 

@@ -1,13 +1,11 @@
 #include "links/ReadBufferBound.h"
 
-#include "links/LinksLog.h"
-
 #include <QSerialPort>
 
 namespace stellwyn::links {
 
-ReadBufferBound::ReadBufferBound(QSerialPort& port)
-    : note_(lcLinks(), QStringLiteral("The unread input of a serial device")) {
+ReadBufferBound::ReadBufferBound(QSerialPort& port, const QLoggingCategory& category)
+    : note_(category, QStringLiteral("The unread input of a serial device")) {
     connection_ = QObject::connect(&port, &QIODevice::readyRead, [this, &port] {
         const qint64 over = port.bytesAvailable() - core::kInputCap;
         if (over > 0) {

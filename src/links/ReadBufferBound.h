@@ -13,7 +13,8 @@ namespace stellwyn::links {
 // yet, a device that talks unasked) would otherwise hold everything it ever received.
 class ReadBufferBound {
 public:
-    explicit ReadBufferBound(QSerialPort& port);
+    // A cut is told under category, the one of the link the port serves.
+    ReadBufferBound(QSerialPort& port, const QLoggingCategory& category);
     ~ReadBufferBound();
     ReadBufferBound(const ReadBufferBound&) = delete;
     ReadBufferBound& operator=(const ReadBufferBound&) = delete;

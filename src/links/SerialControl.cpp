@@ -1,5 +1,7 @@
 #include "links/SerialControl.h"
 
+#include "links/LinksLog.h"
+
 namespace stellwyn::links {
 
 namespace {
@@ -69,6 +71,8 @@ void SerialControl::PortOpen(bool open) {
 
 void SerialControl::Output(const QByteArray& bytes) {
     requireOpen();
+    // The trace's arguments are worked out only when its category is on.
+    qCDebug(lcSerial, "COM%d sent %s", port_, bytes.toHex(' ').constData());
     device_->write(bytes);
 }
 
@@ -80,7 +84,11 @@ int SerialControl::InBufferCount() {
 QByteArray SerialControl::Input() {
     requireOpen();
     const qint64 waiting = device_->bytesWaiting();
-    return device_->read(inputLen_ == 0 ? waiting : qMin<qint64>(inputLen_, waiting));
+    QByteArray bytes = device_->read(inputLen_ == 0 ? waiting : qMin<qint64>(inputLen_, waiting));
+    if (!bytes.isEmpty()) {
+        qCDebug(lcSerial, "COM%d received %s", port_, bytes.toHex(' ').constData());
+    }
+    return bytes;
 }
 
 void SerialControl::requireOpen() const {

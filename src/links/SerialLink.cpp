@@ -5,6 +5,7 @@
 #include "core/Module1.h"
 #include "core/Yield.h"
 #include "core/store/Connection.h"
+#include "links/LinksLog.h"
 #include "links/NetworkScaleRows.h"
 #include "links/ScaleEntry.h"
 #include "links/SerialPort.h"
@@ -60,7 +61,13 @@ bool SerialLink::openTrapped() {
     try {
         MSComm1_.CommPort(m_.commport);
         MSComm1_.PortOpen(true);
-    } catch (const SerialPortError&) {
+    } catch (const SerialPortError& error) {
+        // The box says what it always said; the system's reason goes where a support engineer
+        // looks for it.
+        qCWarning(lcSerial).noquote() << error.text();
+        if (showStatus) {
+            showStatus(error.text());
+        }
         dialogs_.beep();
         dialogs_.message(
             QStringLiteral("The com port you selected either doesn't exist or is already in use"));

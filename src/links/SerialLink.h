@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QString>
+#include <functional>
+
 namespace stellwyn::core {
 class AppHome;
 class Dialogs;
@@ -20,6 +23,9 @@ public:
     void rs232_start();
     // Reads its scale list from sccfg.mdb in the program's folder, not from the data folder.
     void rs485_start();
+
+    // A line for the frame's status bar: why a port would not open.
+    std::function<void(const QString& text)> showStatus;
 
 private:
     // The trapped part of a start: the port number again and the open. False after telling

@@ -1,30 +1,35 @@
 #include "Winsock.h"
 
+#include "core/FatalError.h"
 #include "core/InputBound.h"
+#include "links/LinksLog.h"
 
 namespace stellwyn::links {
 
 Winsock::Winsock(QObject* parent) : QObject(parent) {
     socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    // The socket's signals enter the program's handlers here, through the guard for untrapped
+    // errors.
     connect(&socket_, &QTcpSocket::connected, this, [this] {
         failed_ = false;
-        emit Connected();
+        core::runHandler([this] { emit Connected(); });
     });
     connect(&socket_, &QTcpSocket::readyRead, this, [this] {
         // A far end that talks faster than it is read keeps only its newest bytes.
         if (socket_.bytesAvailable() > core::kInputCap) {
             socket_.skip(socket_.bytesAvailable() - core::kInputCap);
         }
-        emit DataArrival(socket_.bytesAvailable());
+        core::runHandler([this] { emit DataArrival(socket_.bytesAvailable()); });
     });
-    connect(&socket_, &QTcpSocket::disconnected, this, &Winsock::Closed);
+    connect(&socket_, &QTcpSocket::disconnected, this,
+            [this] { core::runHandler([this] { emit Closed(); }); });
     connect(&socket_, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError error) {
         // The far end closing is told by Closed alone.
         if (error == QAbstractSocket::RemoteHostClosedError) {
             return;
         }
         failed_ = true;
-        emit Error(error, socket_.errorString());
+        core::runHandler([&] { emit Error(error, socket_.errorString()); });
     });
 }
 
@@ -63,11 +68,16 @@ bool Winsock::SendData(const QByteArray& data) {
     if (State() != sckConnected) {
         return false;
     }
+    qCDebug(lcSocket, "sent %s", data.toHex(' ').constData());
     return socket_.write(data) == data.size();
 }
 
 QByteArray Winsock::GetData() {
-    return socket_.readAll();
+    QByteArray data = socket_.readAll();
+    if (!data.isEmpty()) {
+        qCDebug(lcSocket, "received %s", data.toHex(' ').constData());
+    }
+    return data;
 }
 
 } // namespace stellwyn::links

@@ -1,6 +1,7 @@
 #include "KlDatImport.h"
 
 #include "core/Module1.h"
+#include "core/WholeFile.h"
 #include "core/store/Connection.h"
 
 #include <QFile>
@@ -315,9 +316,10 @@ KlImportResult importKlDat(const QString& path, core::Module1& m,
 }
 
 bool eraseKlDat(const QString& path, QString* error) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(" \r\n") != 3 ||
-        !file.flush()) {
+    // Replaced whole: a card that fills or is pulled on the way keeps its readings.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ||
+        !core::writeWhole(file, " \r\n") || !core::commitWhole(file)) {
         if (error != nullptr) {
             *error = file.errorString();
         }

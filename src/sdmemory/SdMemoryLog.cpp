@@ -1,5 +1,5 @@
 #include "SdMemoryLog.h"
 
 namespace stellwyn::sdmemory {
-Q_LOGGING_CATEGORY(sdmemoryLog, "stellwyn.sdmemory")
+Q_LOGGING_CATEGORY(sdmemoryLog, "stellwyn.sdmemory", QtInfoMsg)
 }

@@ -1,6 +1,7 @@
 #include "SdMemoryOptionsView.h"
 
 #include "SdMemoryOptions.h"
+#include "core/FatalError.h"
 #include "core/Yield.h"
 
 #include <QCheckBox>
@@ -61,11 +62,15 @@ SdMemoryOptionsView::SdMemoryOptionsView(SdMemoryOptions& logic, QGroupBox* grou
     };
     sync();
     connect(&logic, &SdMemoryOptions::changed, this, sync);
-    connect(eraseAfter, &QCheckBox::toggled, this,
-            [&logic](bool on) { logic.chk_erase_after_read.setValue(on ? 1 : 0); });
-    connect(read, &QPushButton::clicked, &logic, &SdMemoryOptions::Read_Dat_File_Click);
-    connect(erase, &QPushButton::clicked, &logic, &SdMemoryOptions::Erase_Dat_File_Click);
-    connect(setup, &QPushButton::clicked, &logic, &SdMemoryOptions::cmd_Setup_Click);
+    connect(eraseAfter, &QCheckBox::toggled, this, [&logic](bool on) {
+        core::runHandler([&] { logic.chk_erase_after_read.setValue(on ? 1 : 0); });
+    });
+    connect(read, &QPushButton::clicked, &logic,
+            [&logic] { core::runHandler([&] { logic.Read_Dat_File_Click(); }); });
+    connect(erase, &QPushButton::clicked, &logic,
+            [&logic] { core::runHandler([&] { logic.Erase_Dat_File_Click(); }); });
+    connect(setup, &QPushButton::clicked, &logic,
+            [&logic] { core::runHandler([&] { logic.cmd_Setup_Click(); }); });
 
     logic.progress = [this](qint64 done, qint64 total) { return showProgress(done, total); };
     logic.progressDone = [this] {

@@ -1,6 +1,7 @@
 #include "SdSettingView.h"
 
 #include "SdSetting.h"
+#include "core/FatalError.h"
 
 #include <QComboBox>
 #include <QFileDialog>
@@ -85,25 +86,27 @@ SdSettingView::SdSettingView(SdSetting& logic, QWidget* parent) : QDialog(parent
     connect(&logic, &SdSetting::changed, this, sync);
     connect(&logic, &SdSetting::unloadRequested, this, &QDialog::accept);
     connect(drives, &QComboBox::currentIndexChanged, this,
-            [&logic](int index) { logic.Drive1_Change(index); });
+            [&logic](int index) { core::runHandler([&] { logic.Drive1_Change(index); }); });
     connect(folder, &QPushButton::clicked, this, [this, &logic] {
         const QString path = QFileDialog::getExistingDirectory(
             this, QStringLiteral("Folder that holds KL.Dat"), logic.Drive1.Drive());
         if (!path.isEmpty()) {
-            logic.Drive1_Change(-1, path);
+            core::runHandler([&] { logic.Drive1_Change(-1, path); });
         }
     });
-    connect(ok, &QPushButton::clicked, &logic, &SdSetting::cmd_OK_Click);
-    connect(cancel, &QPushButton::clicked, &logic, &SdSetting::cmd_Cancel_Click);
+    connect(ok, &QPushButton::clicked, &logic,
+            [&logic] { core::runHandler([&] { logic.cmd_OK_Click(); }); });
+    connect(cancel, &QPushButton::clicked, &logic,
+            [&logic] { core::runHandler([&] { logic.cmd_Cancel_Click(); }); });
 }
 
 void SdSettingView::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
-    logic_.Form_Paint();
+    core::runHandler([this] { logic_.Form_Paint(); });
 }
 
 void SdSettingView::reject() {
-    logic_.cmd_Cancel_Click();
+    core::runHandler([this] { logic_.cmd_Cancel_Click(); });
 }
 
 } // namespace stellwyn::sdmemory

@@ -1,5 +1,6 @@
 // The data store against real SQLite files in a scratch home.
 #include "TempHome.h"
+#include "core/CfgTxt.h"
 #include "core/store/Compaction.h"
 #include "core/store/Connection.h"
 #include "core/store/ConnectionText.h"
@@ -12,7 +13,11 @@
 
 #include <QDir>
 #include <QtTest>
+#include <csignal>
 #include <optional>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace stellwyn::core;
 using stellwyn::testsupport::TempHome;
@@ -55,6 +60,50 @@ QList<qint64> netIdsOf(const QList<ScaleCfgRow>& rows) {
 void addRawScale(Connection& c, const QString& sctype, int netId, int active) {
     c.run(QStringLiteral("insert into ScaleCFG (sctype, NetID, Active) values (?, ?, ?)"),
           {sctype, netId, active});
+}
+
+QString warningSaid;
+
+void keepWarning(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtWarningMsg) {
+        warningSaid = text;
+    }
+}
+
+// Runs the step in a child process whose files may not grow past `limit` bytes, as on a disk
+// that is all but full, and gives what it said: the text of the error it threw, or its warning.
+QString saidWithFilesCappedAt(rlim_t limit, const std::function<void()>& step) {
+    int pipeEnds[2];
+    if (::pipe(pipeEnds) != 0) {
+        return QStringLiteral("no pipe");
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(pipeEnds[0]);
+        // A write past the cap fails with EFBIG instead of ending the process.
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit cap{limit, limit};
+        ::setrlimit(RLIMIT_FSIZE, &cap);
+        qInstallMessageHandler(keepWarning);
+        QString said;
+        try {
+            step();
+            said = warningSaid;
+        } catch (const FatalError& e) {
+            said = e.text();
+        }
+        const QByteArray bytes = said.toUtf8();
+        ::_exit(::write(pipeEnds[1], bytes.constData(), bytes.size()) == bytes.size() ? 0 : 1);
+    }
+    ::close(pipeEnds[1]);
+    QByteArray said;
+    char buffer[512];
+    for (ssize_t n; (n = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
+        said.append(buffer, n);
+    }
+    ::close(pipeEnds[0]);
+    ::waitpid(child, nullptr, 0);
+    return QString::fromUtf8(said);
 }
 
 } // namespace
@@ -105,6 +154,8 @@ private slots:
     void compaction_ofNonDatabase_failsAndKeepsTheFile();
     void compaction_besideAnotherStation_losesNoRow_data();
     void compaction_besideAnotherStation_losesNoRow();
+    void diskFull_rewriteFails_losesNothingAndSaysWhy_data();
+    void diskFull_rewriteFails_losesNothingAndSaysWhy();
 };
 
 void TestStore::connectionText_namesTheDataFileOfTheFolder() {
@@ -699,6 +750,51 @@ void TestStore::compaction_besideAnotherStation_losesNoRow() {
     const QList<DataColRow> rows = readings(reader, DataColOrder::byId);
     QCOMPARE(rows.size(), 1);
     QCOMPARE(rows[0].reading, QStringLiteral("12.5"));
+}
+
+void TestStore::diskFull_rewriteFails_losesNothingAndSaysWhy_data() {
+    QTest::addColumn<QString>("file");
+    QTest::newRow("cfg.txt given another folder") << "cfg.txt";
+    QTest::newRow("svdata.mdb compacted at start") << "svdata.mdb";
+}
+
+void TestStore::diskFull_rewriteFails_losesNothingAndSaysWhy() {
+    QFETCH(QString, file);
+    TempHome home;
+    const QString path = home.file(file);
+    QString said;
+    if (file == u"cfg.txt") {
+        const QByteArray before = "/srv/scales\n";
+        home.write(file, before);
+        const QString longer = QStringLiteral("/srv/") + QString(200, u'w');
+        said = saidWithFilesCappedAt(64, [&] { cfgtxt::write(path, longer); });
+        QCOMPARE(home.read(file), before);
+        QVERIFY2(said.contains(QStringLiteral("File too large")), qPrintable(said));
+    } else {
+        QList<DataColRow> before;
+        {
+            Connection c = openNew(home);
+            Transaction t(c);
+            for (int i = 0; i < 2000; ++i) {
+                insertReading(c, QStringLiteral("130"), QString::number(i),
+                              QDateTime(QDate(2024, 2, 1), QTime(i / 3600, i / 60 % 60, i % 60)));
+            }
+            t.commit();
+            c.run(QStringLiteral("delete from datacol where ID % 2 = 0"));
+            before = readings(c, DataColOrder::byId);
+        }
+        const qint64 size = QFileInfo(path).size();
+        said = saidWithFilesCappedAt(static_cast<rlim_t>(size / 4),
+                                     [&] { compactDatabase(home.path()); });
+        Connection c = Connection::open(path);
+        QCOMPARE(single(c, QStringLiteral("pragma integrity_check")).toString(),
+                 QStringLiteral("ok"));
+        QCOMPARE(idsOf(readings(c, DataColOrder::byId)), idsOf(before));
+    }
+    QVERIFY2(said.contains(QDir::toNativeSeparators(path)), qPrintable(said));
+    // Nor is any half-written copy left beside it.
+    QCOMPARE(QDir(home.path()).entryList(QDir::Files | QDir::Hidden).filter(file),
+             QStringList{file});
 }
 
 QTEST_GUILESS_MAIN(TestStore)

@@ -13,8 +13,13 @@
 #include "links/SerialPort.h"
 #include "links/SerialPortFactory.h"
 
+#include <QFile>
 #include <QTest>
+#include <grp.h>
 #include <memory>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace stellwyn;
 using linkstest::PtyPair;
@@ -47,6 +52,55 @@ QByteArray allByteValues() {
     return bytes;
 }
 
+// Starts RS-232 on COM1 and gives what the operator was told, the status bar's lines last.
+QStringList startRs232(PortOnPty& com) {
+    core::AppHome home(com.home.path());
+    core::Module1 m;
+    m.commport = 1;
+    m.commsettings = QStringLiteral("9600,N,8,1");
+    testsupport::RecordingDialogs dialogs;
+    links::SerialLink link(m, *com.port, dialogs, home);
+    QStringList status;
+    link.showStatus = [&status](const QString& text) {
+        status << QStringLiteral("status: ") + text;
+    };
+    link.rs232_start();
+    return dialogs.texts() + status;
+}
+
+// The same in a child process that has dropped root for an ordinary user: permissions deny
+// root nothing, so only such a process meets a real denial there.
+QStringList startRs232AsNobody(PortOnPty& com) {
+    int pipeEnds[2];
+    if (::pipe(pipeEnds) != 0) {
+        return {QStringLiteral("no pipe")};
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(pipeEnds[0]);
+        const gid_t nobody = 65534;
+        int status = 1;
+        if (::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0) {
+            const QByteArray told = startRs232(com).join(u'\n').toUtf8();
+            status = ::write(pipeEnds[1], told.constData(), told.size()) == told.size() ? 0 : 1;
+        }
+        ::_exit(status);
+    }
+    ::close(pipeEnds[1]);
+    QByteArray told;
+    char buffer[512];
+    for (ssize_t n; (n = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
+        told.append(buffer, n);
+    }
+    ::close(pipeEnds[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        return {QStringLiteral("the child could not become another user")};
+    }
+    return QString::fromUtf8(told).split(u'\n');
+}
+
 // Reads until the text holds a CR, as a scanner does between its yields.
 QByteArray readReply(links::SerialPort& port) {
     QByteArray reply;
@@ -74,6 +128,8 @@ private slots:
     void control_refusesWhatItCannotDo_data();
     void control_refusesWhatItCannotDo();
     void unpluggedDevice_isSilence();
+    void rs232_start_portRefused_saysWhy_data();
+    void rs232_start_portRefused_saysWhy();
     void rs232_start_talksToTheSimulator();
     void rs485_start_talksToTheSimulatorNetwork();
 };
@@ -158,7 +214,6 @@ void SerialPty::control_refusesWhatItCannotDo_data() {
     QTest::newRow("output on a closed port") << "output";
     QTest::newRow("count on a closed port") << "count";
     QTest::newRow("input on a closed port") << "input";
-    QTest::newRow("a device that does not exist") << "missing";
     QTest::newRow("port number 0") << "port0";
     QTest::newRow("a settings text the control does not know") << "settings";
     QTest::newRow("opening twice") << "twice";
@@ -169,8 +224,7 @@ void SerialPty::control_refusesWhatItCannotDo() {
     QFETCH(QString, step);
     PtyPair pty;
     QVERIFY(pty.ok());
-    PortOnPty com(step == u"missing" ? QStringLiteral("/dev/stellwyn-no-such-port")
-                                     : pty.slavePath());
+    PortOnPty com(pty.slavePath());
     links::SerialPort& port = *com.port;
 
     if (step == u"output") {
@@ -180,9 +234,6 @@ void SerialPty::control_refusesWhatItCannotDo() {
         QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.InBufferCount());
     } else if (step == u"input") {
         QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.Input());
-    } else if (step == u"missing") {
-        port.CommPort(1);
-        QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.PortOpen(true));
     } else if (step == u"port0") {
         QVERIFY_THROWS_EXCEPTION(links::SerialPortError, port.CommPort(0));
     } else if (step == u"settings") {
@@ -214,6 +265,48 @@ void SerialPty::unpluggedDevice_isSilence() {
         QCOMPARE(com.port->InBufferCount(), 0);
         QCOMPARE(com.port->Input(), QByteArray());
     }
+}
+
+void SerialPty::rs232_start_portRefused_saysWhy_data() {
+    QTest::addColumn<QString>("device");
+    QTest::addColumn<QString>("why"); // %1: the device's path
+
+    QTest::newRow("no such device") << "missing"
+                                    << "%1 does not exist (";
+    QTest::newRow("held by another program") << "busy"
+                                             << "%1 is in use by another program (";
+    QTest::newRow("the user may not open it")
+        << "denied"
+        << "%1 may not be opened by this user (Permission denied). Serial devices are for members "
+           "of the group dialout: sudo usermod -aG dialout $USER, then log out and in again.";
+}
+
+void SerialPty::rs232_start_portRefused_saysWhy() {
+    QFETCH(QString, device);
+    QFETCH(QString, why);
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    const QString path =
+        device == u"missing" ? QStringLiteral("/dev/stellwyn-no-such-port") : pty.slavePath();
+    PortOnPty com(path);
+    PortOnPty holder(path);
+    if (device == u"busy") {
+        holder.open();
+    }
+    QStringList told;
+    if (device == u"denied") {
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0), 0);
+        told = ::geteuid() == 0 ? startRs232AsNobody(com) : startRs232(com);
+    } else {
+        told = startRs232(com);
+    }
+
+    QCOMPARE(told.size(), 2);
+    QCOMPARE(told[0], QStringLiteral("message: The com port you selected either doesn't exist or "
+                                     "is already in use"));
+    const QString status = QStringLiteral("status: Port COM1 is not available: ") + why.arg(path);
+    QVERIFY2(told[1].startsWith(status), qPrintable(told[1]));
+    QCOMPARE(told[1].contains(QStringLiteral("dialout")), device == u"denied");
 }
 
 void SerialPty::rs232_start_talksToTheSimulator() {
