@@ -6,13 +6,28 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <ctime>
 #include <thread>
 
 namespace stellwyn::core {
 
 double RealClock::timeOfDay() const {
-    const QTime t = QTime::currentTime();
-    return t.msecsSinceStartOfDay() / 1000.0;
+    // Every timed wait reads this, a scan pass twice for each scale. QTime::currentTime() asks
+    // the system for the zone file on every call; the zone is read again only once a minute here,
+    // which still follows an operator who changes it while the program runs.
+    constexpr double zoneReadEvery = 60.0;
+    const double mono = monotonic();
+    if (!zoneRead_ || mono - zoneReadAt_ >= zoneReadEvery) {
+        tzset();
+        zoneRead_ = true;
+        zoneReadAt_ = mono;
+    }
+    timespec ts{};
+    clock_gettime(CLOCK_REALTIME, &ts);
+    tm local{};
+    localtime_r(&ts.tv_sec, &local);
+    const int ms = static_cast<int>(ts.tv_nsec / 1000000);
+    return ((local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec) + ms / 1000.0;
 }
 
 double RealClock::monotonic() const {

@@ -34,6 +34,10 @@ public:
     QDateTime now() const override;
     void sleep(double seconds) override;
     void waitForEvents(double seconds) override;
+
+private:
+    mutable bool zoneRead_ = false;
+    mutable double zoneReadAt_ = 0.0;
 };
 
 // Time that moves only when told to, or when something sleeps or waits on it. The wall clock

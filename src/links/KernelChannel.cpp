@@ -6,6 +6,8 @@
 
 #include <QDeadlineTimer>
 #include <QSerialPortInfo>
+#include <cerrno>
+#include <unistd.h>
 
 namespace stellwyn::links {
 
@@ -93,8 +95,31 @@ void KernelChannel::write(const QByteArray& bytes) {
     if (!usable()) {
         return;
     }
-    port_.write(bytes);
-    port_.flush();
+    // A request of a few bytes goes straight to the device when nothing is queued before it:
+    // the port's own path arms and disarms a write notifier for each one, and every arming
+    // wakes the event loop once more for nothing.
+    qint64 sent = 0;
+    if (port_.bytesToWrite() == 0) {
+        while (sent < bytes.size()) {
+            const ssize_t n = ::write(static_cast<int>(port_.handle()), bytes.constData() + sent,
+                                      static_cast<size_t>(bytes.size() - sent));
+            if (n > 0) {
+                sent += n;
+            } else if (n < 0 && errno == EINTR) {
+                continue;
+            } else {
+                if (n < 0 && (errno == EIO || errno == ENXIO || errno == ENODEV)) {
+                    lost_ = true;
+                    return;
+                }
+                break; // a full line buffer: the port queues the rest
+            }
+        }
+    }
+    if (sent < bytes.size()) {
+        port_.write(bytes.constData() + sent, bytes.size() - sent);
+        port_.flush();
+    }
 }
 
 qint64 KernelChannel::waiting() {
