@@ -11,6 +11,9 @@
 
 namespace stellwyn::core {
 
+RealClock::RealClock() = default;
+RealClock::~RealClock() = default;
+
 double RealClock::timeOfDay() const {
     // Every timed wait reads this, a scan pass twice for each scale. QTime::currentTime() asks
     // the system for the zone file on every call; the zone is read again only once a minute here,
@@ -54,9 +57,19 @@ void RealClock::waitForEvents(double seconds) {
     // queue) asks for short waits and looks again; the rest are woken as their bytes arrive.
     constexpr int longestSleepMs = 60 * 1000;
     const int ms = std::clamp(static_cast<int>(seconds * 1000.0), 1, longestSleepMs);
-    QTimer bound;
-    bound.setSingleShot(true);
-    bound.start(ms);
+    // One timer bounds every yield of a wait: a reply wait yields for each few bytes that come
+    // in, and a timer made and dropped at each of them cost more than the bytes did. It is set
+    // again only when it would ring late, or so early that it would wake the loop for nothing.
+    constexpr int earlyEnoughMs = 10;
+    if (!bound_) {
+        bound_ = std::make_unique<QTimer>();
+        bound_->setSingleShot(true);
+        bound_->setTimerType(Qt::PreciseTimer);
+    }
+    const int left = bound_->remainingTime();
+    if (left < 0 || left > ms || left < ms - earlyEnoughMs) {
+        bound_->start(ms);
+    }
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 

@@ -2,7 +2,10 @@
 
 #include <QDateTime>
 #include <functional>
+#include <memory>
 #include <vector>
+
+class QTimer;
 
 namespace stellwyn::core {
 
@@ -29,6 +32,11 @@ public:
 
 class RealClock final : public Clock {
 public:
+    RealClock();
+    ~RealClock() override;
+    RealClock(const RealClock&) = delete;
+    RealClock& operator=(const RealClock&) = delete;
+
     double timeOfDay() const override;
     double monotonic() const override;
     QDateTime now() const override;
@@ -36,6 +44,7 @@ public:
     void waitForEvents(double seconds) override;
 
 private:
+    std::unique_ptr<QTimer> bound_;
     mutable bool zoneRead_ = false;
     mutable double zoneReadAt_ = 0.0;
 };
