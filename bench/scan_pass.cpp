@@ -28,6 +28,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <termios.h>
 #include <thread>
 #include <unistd.h>
@@ -51,6 +52,14 @@ double cpuSeconds() {
     return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) / 1e9;
 }
 
+// Times the process gave up the processor, waiting or pushed off: each wakeup for bytes costs
+// one, so this tells whether a reply costs the program more wakeups than the poller.
+long contextSwitches() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_nvcsw + usage.ru_nivcsw;
+}
+
 double median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     const std::size_t n = values.size();
@@ -60,6 +69,7 @@ double median(std::vector<double> values) {
 struct Figures {
     double medianPass = 0;
     double cpuPerPass = 0;
+    double switchesPerPass = 0;
 };
 
 struct RunFigures {
@@ -112,14 +122,16 @@ Figures plainPoller(const QString& pty, int passes) {
     pass();
     std::vector<double> times;
     const double cpuStart = cpuSeconds();
+    const long switchesStart = contextSwitches();
     for (int p = 0; p < passes; ++p) {
         const double start = nowSeconds();
         pass();
         times.push_back(nowSeconds() - start);
     }
     const double cpu = cpuSeconds() - cpuStart;
+    const auto switches = static_cast<double>(contextSwitches() - switchesStart);
     ::close(fd);
-    return {median(times), cpu / passes};
+    return {median(times), cpu / passes, switches / passes};
 }
 
 // The simulator runs detached, its path written to a file: a child watched through pipes would
@@ -207,6 +219,7 @@ RunFigures run(const QString& simProgram, const QList<int>& silent, int passes) 
     timers.Timer1_Timer(0); // settles the line and the simulator before measuring
     std::vector<double> times;
     const double cpuStart = cpuSeconds();
+    const long switchesStart = contextSwitches();
     for (int p = 0; p < passes; ++p) {
         QElapsedTimer pass;
         pass.start();
@@ -214,11 +227,12 @@ RunFigures run(const QString& simProgram, const QList<int>& silent, int passes) 
         times.push_back(static_cast<double>(pass.nsecsElapsed()) / 1e9);
     }
     const double cpu = cpuSeconds() - cpuStart;
+    const auto switches = static_cast<double>(contextSwitches() - switchesStart);
     usb.usb_close();
     ftdi.reset();
     const Figures plain = plainPoller(pty, passes);
     ::kill(static_cast<pid_t>(sim.pid), SIGTERM);
-    return {{median(times), cpu / passes}, plain};
+    return {{median(times), cpu / passes, switches / passes}, plain};
 }
 
 // False when the program's pass beats the wire (the floor is then no floor) or costs more
@@ -239,6 +253,8 @@ bool report(const char* title, const RunFigures& figures, int answering) {
     std::printf("  pass / wire          %8.2f\n", ratio);
     std::printf("  processor a pass     %8.2f ms   plain poller %8.2f ms\n",
                 figures.program.cpuPerPass * 1000.0, figures.plain.cpuPerPass * 1000.0);
+    std::printf("  context switches     %8.1f a pass plain poller %8.1f\n",
+                figures.program.switchesPerPass, figures.plain.switchesPerPass);
     const bool honest = ratio >= 1.0;
     const bool lean = figures.program.cpuPerPass <= figures.plain.cpuPerPass;
     std::printf("  %s, %s\n", honest ? "ratio >= 1.0" : "RATIO BELOW 1.0",
