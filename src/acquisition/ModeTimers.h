@@ -37,9 +37,6 @@ public:
     // hold, is the fatal error.
     int pollInterval() const;
 
-    // Intervals kept by the last halttimers: Timer1 elements 0 to 9, then Timer2 to Timer4.
-    const std::array<std::int16_t, 16>& savedIntervals() const { return savedIntervals_; }
-
 private:
     bool screenClosed() const;
     bool networkLink() const;

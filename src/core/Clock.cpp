@@ -6,13 +6,31 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <ctime>
 #include <thread>
 
 namespace stellwyn::core {
 
+RealClock::RealClock() = default;
+RealClock::~RealClock() = default;
+
 double RealClock::timeOfDay() const {
-    const QTime t = QTime::currentTime();
-    return t.msecsSinceStartOfDay() / 1000.0;
+    // Every timed wait reads this, a scan pass twice for each scale. QTime::currentTime() asks
+    // the system for the zone file on every call; the zone is read again only once a minute here,
+    // which still follows an operator who changes it while the program runs.
+    constexpr double zoneReadEvery = 60.0;
+    const double mono = monotonic();
+    if (!zoneRead_ || mono - zoneReadAt_ >= zoneReadEvery) {
+        tzset();
+        zoneRead_ = true;
+        zoneReadAt_ = mono;
+    }
+    timespec ts{};
+    clock_gettime(CLOCK_REALTIME, &ts);
+    tm local{};
+    localtime_r(&ts.tv_sec, &local);
+    const int ms = static_cast<int>(ts.tv_nsec / 1000000);
+    return ((local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec) + ms / 1000.0;
 }
 
 double RealClock::monotonic() const {
@@ -39,9 +57,19 @@ void RealClock::waitForEvents(double seconds) {
     // queue) asks for short waits and looks again; the rest are woken as their bytes arrive.
     constexpr int longestSleepMs = 60 * 1000;
     const int ms = std::clamp(static_cast<int>(seconds * 1000.0), 1, longestSleepMs);
-    QTimer bound;
-    bound.setSingleShot(true);
-    bound.start(ms);
+    // One timer bounds every yield of a wait: a reply wait yields for each few bytes that come
+    // in, and a timer made and dropped at each of them cost more than the bytes did. It is set
+    // again only when it would ring late, or so early that it would wake the loop for nothing.
+    constexpr int earlyEnoughMs = 10;
+    if (!bound_) {
+        bound_ = std::make_unique<QTimer>();
+        bound_->setSingleShot(true);
+        bound_->setTimerType(Qt::PreciseTimer);
+    }
+    const int left = bound_->remainingTime();
+    if (left < 0 || left > ms || left < ms - earlyEnoughMs) {
+        bound_->start(ms);
+    }
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 

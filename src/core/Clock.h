@@ -2,7 +2,10 @@
 
 #include <QDateTime>
 #include <functional>
+#include <memory>
 #include <vector>
+
+class QTimer;
 
 namespace stellwyn::core {
 
@@ -29,11 +32,21 @@ public:
 
 class RealClock final : public Clock {
 public:
+    RealClock();
+    ~RealClock() override;
+    RealClock(const RealClock&) = delete;
+    RealClock& operator=(const RealClock&) = delete;
+
     double timeOfDay() const override;
     double monotonic() const override;
     QDateTime now() const override;
     void sleep(double seconds) override;
     void waitForEvents(double seconds) override;
+
+private:
+    std::unique_ptr<QTimer> bound_;
+    mutable bool zoneRead_ = false;
+    mutable double zoneReadAt_ = 0.0;
 };
 
 // Time that moves only when told to, or when something sleeps or waits on it. The wall clock

@@ -1,17 +1,21 @@
 #pragma once
 
+#include "links/AdapterPresence.h"
 #include "links/D2xxLibrary.h"
 #include "links/FtdiApi.h"
 
 #include <functional>
 #include <map>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace stellwyn::links {
 
 // FTDI's own driver library. Its handles are pointers; the program gets a number for each,
 // and a number the library never gave (a network id handed to FT_Close) is refused here
-// without reaching it.
+// without reaching it. An adapter that the library says is gone is let go, looked for by its
+// serial number, and opened again with the settings it had, under the same number.
 class D2xxFtdi final : public FtdiApi {
 public:
     // showStatus hears why the library did not load, at each use that fails for it; the
@@ -44,12 +48,26 @@ public:
 
 private:
     struct Event;
+    // A setting made on a device, made again on the device that comes back.
+    using Setting = std::function<FT_STATUS(d2xx::Handle)>;
+    struct OpenDevice {
+        d2xx::Handle device = nullptr; // none while the adapter is away
+        QByteArray serialNumber;
+        AdapterPresence presence;
+        std::vector<std::pair<const char*, Setting>> settings;
+    };
 
-    d2xx::Handle find(FtHandle handle) const;
+    OpenDevice* find(FtHandle handle);
+    // Runs a call of the library on an open device; see the class comment.
+    FT_STATUS onDevice(FtHandle handle, const Setting& call);
+    // Records the setting under its call's name, then makes it.
+    FT_STATUS setting(FtHandle handle, const char* name, Setting call);
+    bool reopen(OpenDevice& open);
+    QByteArray serialNumberAt(DWORD index);
 
     D2xxLibrary library_;
     std::function<void(const QString&)> showStatus_;
-    std::map<FtHandle, d2xx::Handle> handles_;
+    std::map<FtHandle, OpenDevice> handles_;
     std::map<FtEvent, std::unique_ptr<Event>> events_;
     // Well above any NetID, as in the other backends.
     FtHandle nextHandle_ = 0x1000;

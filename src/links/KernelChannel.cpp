@@ -1,19 +1,17 @@
 #include "links/KernelChannel.h"
 
-#include "links/LinksLog.h"
 #include "links/LowLatency.h"
 #include "links/QtLineSettings.h"
 
-#include <QDeadlineTimer>
 #include <QSerialPortInfo>
+#include <cerrno>
+#include <unistd.h>
 
 namespace stellwyn::links {
 
-namespace {
-constexpr int kRetryMs = 500;
-}
-
-KernelChannel::KernelChannel() {
+KernelChannel::KernelChannel(const QString& path, const QByteArray& serialNumber,
+                             std::function<void(const QString&)> showStatus)
+    : path_(path), serialNumber_(serialNumber), presence_(path, std::move(showStatus)) {
     // An adapter pulled from its socket leaves the link silent; the port is let go at the
     // next call, outside the port's own read in which the error is raised.
     QObject::connect(&port_, &QSerialPort::errorOccurred, [this](QSerialPort::SerialPortError e) {
@@ -26,10 +24,8 @@ KernelChannel::KernelChannel() {
 std::unique_ptr<KernelChannel> KernelChannel::open(const QString& path,
                                                    const QByteArray& serialNumber,
                                                    std::function<void(const QString&)> showStatus) {
-    std::unique_ptr<KernelChannel> channel(new KernelChannel());
-    channel->path_ = path;
-    channel->serialNumber_ = serialNumber;
-    channel->showStatus_ = std::move(showStatus);
+    std::unique_ptr<KernelChannel> channel(
+        new KernelChannel(path, serialNumber, std::move(showStatus)));
     channel->port_.setPortName(path);
     if (!channel->port_.open(QIODevice::ReadWrite)) {
         return nullptr;
@@ -93,8 +89,31 @@ void KernelChannel::write(const QByteArray& bytes) {
     if (!usable()) {
         return;
     }
-    port_.write(bytes);
-    port_.flush();
+    // A request of a few bytes goes straight to the device when nothing is queued before it:
+    // the port's own path arms and disarms a write notifier for each one, and every arming
+    // wakes the event loop once more for nothing.
+    qint64 sent = 0;
+    if (port_.bytesToWrite() == 0) {
+        while (sent < bytes.size()) {
+            const ssize_t n = ::write(static_cast<int>(port_.handle()), bytes.constData() + sent,
+                                      static_cast<size_t>(bytes.size() - sent));
+            if (n > 0) {
+                sent += n;
+            } else if (n < 0 && errno == EINTR) {
+                continue;
+            } else {
+                if (n < 0 && (errno == EIO || errno == ENXIO || errno == ENODEV)) {
+                    lost_ = true;
+                    return;
+                }
+                break; // a full line buffer: the port queues the rest
+            }
+        }
+    }
+    if (sent < bytes.size()) {
+        port_.write(bytes.constData() + sent, bytes.size() - sent);
+        port_.flush();
+    }
 }
 
 qint64 KernelChannel::waiting() {
@@ -166,16 +185,10 @@ void KernelChannel::takeIn(int timeoutMs) {
 bool KernelChannel::usable() {
     if (lost_ && port_.isOpen()) {
         port_.close();
-        tell(QStringLiteral("The USB adapter %1 is gone. Its scales are polled again as soon "
-                            "as it is plugged back in.")
-                 .arg(path_));
-        nextTry_ = QDeadlineTimer(kRetryMs);
+        presence_.lost();
     }
-    if (lost_ && nextTry_.hasExpired()) {
-        if (!reopen()) {
-            // Tried now and then only: a scan asks many times a second.
-            nextTry_ = QDeadlineTimer(kRetryMs);
-        }
+    if (presence_.away()) {
+        presence_.tryBack([this] { return reopen(); });
     }
     return port_.isOpen();
 }
@@ -207,15 +220,7 @@ bool KernelChannel::openAt(const QString& place) {
     port_.setFlowControl(flow_);
     requestLowLatency(static_cast<int>(port_.handle()));
     lost_ = false;
-    tell(QStringLiteral("The USB adapter %1 is back.").arg(path_));
     return true;
-}
-
-void KernelChannel::tell(const QString& text) {
-    qCWarning(lcFtdi).noquote() << text;
-    if (showStatus_) {
-        showStatus_(text);
-    }
 }
 
 } // namespace stellwyn::links

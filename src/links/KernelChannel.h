@@ -1,11 +1,11 @@
 #pragma once
 
+#include "links/AdapterPresence.h"
 #include "links/FtdiChannel.h"
 #include "links/LineSettings.h"
 #include "links/LinksLog.h"
 #include "links/ReadBufferBound.h"
 
-#include <QDeadlineTimer>
 #include <QSerialPort>
 #include <functional>
 
@@ -32,24 +32,24 @@ public:
     DWORD modemStatus() override;
 
 private:
-    KernelChannel();
+    KernelChannel(const QString& path, const QByteArray& serialNumber,
+                  std::function<void(const QString&)> showStatus);
     // Takes in what the system holds, waiting up to timeoutMs for it.
     void takeIn(int timeoutMs);
     bool usable();
     // Opens the device again where it now is; false while it is still away.
     bool reopen();
     bool openAt(const QString& place);
-    void tell(const QString& text);
 
     QSerialPort port_;
     ReadBufferBound bound_{port_, lcFtdi()};
     QString path_;
     QByteArray serialNumber_;
-    std::function<void(const QString&)> showStatus_;
+    AdapterPresence presence_;
     LineSettings line_;
     QSerialPort::FlowControl flow_ = QSerialPort::NoFlowControl;
+    // Set by the port's error, which comes inside its own calls; acted on at the next use.
     bool lost_ = false;
-    QDeadlineTimer nextTry_;
 };
 
 } // namespace stellwyn::links

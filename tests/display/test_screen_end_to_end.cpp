@@ -1,20 +1,26 @@
-// The real program against a simulated RS-232 indicator on a pseudo-terminal: activated at
-// start-up, it keeps the indicator's "#" print lines in datacol, and a kill at any moment loses
-// none of the rows it said it stored.
+// The real program against simulated indicators on pseudo-terminals: activated at start-up, it
+// keeps the indicator's "#" print lines in datacol, a kill at any moment loses none of the rows
+// it said it stored, and a USB adapter pulled mid-scan leaves it answering and scanning again
+// when the adapter is back.
+#include "../links/ScaleCfgFixture.h"
 #include "../links/SimProcess.h"
 #include "TempHome.h"
 #include "core/store/Connection.h"
 #include "core/store/CreateDatabase.h"
 #include "core/store/DataColTable.h"
+#include "indicator_config/CommandProtocol.h"
 
 #include <QDeadlineTimer>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSet>
 #include <QSettings>
 #include <QSqlQuery>
+#include <QTemporaryDir>
 #include <QTest>
+#include <memory>
 
 using namespace stellwyn;
 
@@ -37,6 +43,30 @@ void startProgram(QProcess& program, const testsupport::TempHome& home) {
     program.start();
 }
 
+// The program's stderr so far, taken in as it comes.
+QString saidSoFar(QProcess& program, QByteArray& said) {
+    said += program.readAllStandardError();
+    return QString::fromLocal8Bit(said);
+}
+
+// Runs one execute string through the command socket and waits for its end: the answer can
+// only come from the program's event loop.
+bool commandAnswered(const QString& home) {
+    QLocalSocket client;
+    client.connectToServer(indicator_config::protocol::socketPath(home));
+    if (!client.waitForConnected(5000)) {
+        return false;
+    }
+    client.write("wait NOP,0\n");
+    QByteArray answer;
+    const QDeadlineTimer deadline(5000);
+    while (!answer.contains("end\n") && !deadline.hasExpired() && client.waitForReadyRead(250)) {
+        answer += client.readAll();
+    }
+    answer += client.readAll();
+    return answer == "ok\nend\n";
+}
+
 } // namespace
 
 class ScreenEndToEndTest : public QObject {
@@ -44,6 +74,7 @@ class ScreenEndToEndTest : public QObject {
 private slots:
     void rs232_printLinesLandInDatacol();
     void killedWhileStoring_losesNoRowItReported();
+    void usbAdapterPulledMidScan_screenAnswersAndScansResume();
 };
 
 void ScreenEndToEndTest::rs232_printLinesLandInDatacol() {
@@ -132,6 +163,55 @@ void ScreenEndToEndTest::killedWhileStoring_losesNoRowItReported() {
             QStringLiteral("%1 of %2 reported rows lost").arg(lost.size()).arg(reported.size())));
     // At most the one row the kill caught between its commit and its report is unreported.
     QVERIFY(kept.size() - reported.size() <= 1);
+}
+
+// The simulator's terminal closes and opens again under the same /dev/serial/by-id-like name.
+void ScreenEndToEndTest::usbAdapterPulledMidScan_screenAnswersAndScansResume() {
+    QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("usb-Corvane_adapter-if00-port0"));
+    const QStringList arguments{QStringLiteral("--mode"), QStringLiteral("addressed"),
+                                QStringLiteral("--ids"),  QStringLiteral("130"),
+                                QStringLiteral("--link"), name};
+    auto indicator = std::make_unique<linkstest::SimProcess>(arguments);
+    QVERIFY2(!indicator->slavePath().isEmpty(), qPrintable(indicator->errorText()));
+    testsupport::TempHome home;
+    linkstest::makeScaleCfg(home.path(), QStringLiteral("svdata.mdb"),
+                            linkstest::scaleRows(QStringLiteral("RS485/130")));
+    {
+        auto connection = core::Connection::open(home.file(QStringLiteral("svdata.mdb")));
+        connection.run(QStringLiteral("update syscfg set commtype = ?"),
+                       {QStringLiteral("USB485")});
+    }
+    QSettings ini(home.file(QStringLiteral("stellwyn.ini")), QSettings::IniFormat);
+    ini.setValue(QStringLiteral("USB/Backend"), QStringLiteral("kernel"));
+    ini.setValue(QStringLiteral("USB/Devices"), name);
+    ini.sync();
+
+    QProcess program;
+    startProgram(program, home);
+    QVERIFY2(program.waitForStarted(5000), qPrintable(program.errorString()));
+    const QByteArray request("\x82\x11"
+                             "1");
+    QTRY_VERIFY_WITH_TIMEOUT(indicator->received().contains(request), 20000);
+
+    indicator.reset();
+    QByteArray said;
+    const QString gone = QStringLiteral("status: The USB adapter %1 is gone").arg(name);
+    QTRY_VERIFY_WITH_TIMEOUT(saidSoFar(program, said).contains(gone), 10000);
+    QVERIFY(commandAnswered(home.path()));
+    // Told once, however many scans met the missing adapter meanwhile.
+    QCOMPARE(saidSoFar(program, said).count(gone), 1);
+
+    indicator = std::make_unique<linkstest::SimProcess>(arguments);
+    QVERIFY2(!indicator->slavePath().isEmpty(), qPrintable(indicator->errorText()));
+    QTRY_VERIFY_WITH_TIMEOUT(indicator->received().contains(request), 10000);
+    QCOMPARE(saidSoFar(program, said)
+                 .count(QStringLiteral("status: The USB adapter %1 is back").arg(name)),
+             1);
+    QVERIFY(program.state() == QProcess::Running);
+    program.terminate();
+    program.waitForFinished(5000);
+    QVERIFY2(!saidSoFar(program, said).contains(QStringLiteral("message:")), said.constData());
 }
 
 QTEST_GUILESS_MAIN(ScreenEndToEndTest)

@@ -19,6 +19,7 @@ constexpr FT_STATUS kOk = 0;
 constexpr FT_STATUS kInvalidHandle = 1;
 constexpr FT_STATUS kDeviceNotFound = 2;
 constexpr FT_STATUS kDeviceNotOpened = 3;
+constexpr FT_STATUS kIoError = 4;
 constexpr FT_STATUS kInvalidParameter = 6;
 constexpr DWORD kListNumberOnly = 0x80000000;
 constexpr DWORD kListByIndex = 0x40000000;
@@ -35,6 +36,8 @@ struct Device {
     std::string serial;
     std::string description;
     bool open = false;
+    // Pulled from its socket: gone from the list, and its handle answers with an I/O error.
+    bool present = true;
     std::string written;
     std::deque<char> received;
     EventHandle* event = nullptr;
@@ -42,6 +45,8 @@ struct Device {
 };
 
 std::vector<Device> devices;
+// The devices as the bus lists them: one put back comes last.
+std::vector<std::size_t> listed;
 std::map<std::string, FT_STATUS> failures;
 std::string callLog;
 
@@ -63,6 +68,15 @@ Device* deviceOf(void* handle) {
     return nullptr;
 }
 
+// A call on the line of an open device.
+FT_STATUS lineOf(void* handle, Device*& device) {
+    device = deviceOf(handle);
+    if (device == nullptr) {
+        return kInvalidHandle;
+    }
+    return device->present ? kOk : kIoError;
+}
+
 } // namespace
 
 extern "C" {
@@ -71,6 +85,7 @@ extern "C" {
 // everything else.
 void fakeftd2xx_setup(const char* script) {
     devices.clear();
+    listed.clear();
     failures.clear();
     callLog.clear();
     std::stringstream all(script);
@@ -80,8 +95,21 @@ void fakeftd2xx_setup(const char* script) {
         Device device;
         device.serial = item.substr(0, bar);
         device.description = bar == std::string::npos ? std::string() : item.substr(bar + 1);
+        listed.push_back(devices.size());
         devices.push_back(device);
     }
+}
+
+void fakeftd2xx_unplug(int index) {
+    Device& device = devices.at(static_cast<std::size_t>(index));
+    device.present = false;
+    device.received.clear();
+    std::erase(listed, static_cast<std::size_t>(index));
+}
+
+void fakeftd2xx_plug(int index) {
+    devices.at(static_cast<std::size_t>(index)).present = true;
+    listed.push_back(static_cast<std::size_t>(index));
 }
 
 void fakeftd2xx_fail(const char* call, unsigned status) {
@@ -119,16 +147,17 @@ int fakeftd2xx_event_signalled(int index) {
 FT_STATUS FT_ListDevices(void* arg1, void* arg2, DWORD flags) {
     if (flags == kListNumberOnly) {
         log("FT_ListDevices count");
-        *static_cast<DWORD*>(arg1) = static_cast<DWORD>(devices.size());
+        *static_cast<DWORD*>(arg1) = static_cast<DWORD>(listed.size());
         return outcome("FT_ListDevices", kOk);
     }
     const auto index = static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(arg1));
     log("FT_ListDevices " + std::to_string(index) + " " + std::to_string(flags & 3));
-    if ((flags & kListByIndex) == 0 || index >= devices.size()) {
+    if ((flags & kListByIndex) == 0 || index >= listed.size()) {
         return kDeviceNotFound;
     }
-    const std::string& text = (flags & 3) == kBySerial        ? devices[index].serial
-                              : (flags & 3) == kByDescription ? devices[index].description
+    const Device& device = devices[listed[index]];
+    const std::string& text = (flags & 3) == kBySerial        ? device.serial
+                              : (flags & 3) == kByDescription ? device.description
                                                               : std::string();
     std::strcpy(static_cast<char*>(arg2), text.c_str());
     return outcome("FT_ListDevices", kOk);
@@ -136,10 +165,10 @@ FT_STATUS FT_ListDevices(void* arg1, void* arg2, DWORD flags) {
 
 FT_STATUS FT_Open(int index, void** handle) {
     log("FT_Open " + std::to_string(index));
-    if (index < 0 || static_cast<std::size_t>(index) >= devices.size()) {
+    if (index < 0 || static_cast<std::size_t>(index) >= listed.size()) {
         return kDeviceNotFound;
     }
-    Device& device = devices[static_cast<std::size_t>(index)];
+    Device& device = devices[listed[static_cast<std::size_t>(index)]];
     const FT_STATUS status = outcome("FT_Open", device.open ? kDeviceNotOpened : kOk);
     if (status == kOk) {
         device.open = true;
@@ -206,9 +235,9 @@ FT_STATUS FT_SetResetPipeRetryCount(void* handle, DWORD count) {
 
 FT_STATUS FT_Write(void* handle, void* buffer, DWORD length, DWORD* written) {
     log("FT_Write " + std::to_string(length));
-    Device* device = deviceOf(handle);
-    if (device == nullptr) {
-        return kInvalidHandle;
+    Device* device = nullptr;
+    if (const FT_STATUS status = lineOf(handle, device); status != kOk) {
+        return status;
     }
     device->written.append(static_cast<const char*>(buffer), length);
     *written = length;
@@ -216,9 +245,9 @@ FT_STATUS FT_Write(void* handle, void* buffer, DWORD length, DWORD* written) {
 }
 
 FT_STATUS FT_Read(void* handle, void* buffer, DWORD toRead, DWORD* bytesReturned) {
-    Device* device = deviceOf(handle);
-    if (device == nullptr) {
-        return kInvalidHandle;
+    Device* device = nullptr;
+    if (const FT_STATUS status = lineOf(handle, device); status != kOk) {
+        return status;
     }
     DWORD n = 0;
     auto* out = static_cast<char*>(buffer);
@@ -231,9 +260,9 @@ FT_STATUS FT_Read(void* handle, void* buffer, DWORD toRead, DWORD* bytesReturned
 }
 
 FT_STATUS FT_GetQueueStatus(void* handle, DWORD* rxBytes) {
-    Device* device = deviceOf(handle);
-    if (device == nullptr) {
-        return kInvalidHandle;
+    Device* device = nullptr;
+    if (const FT_STATUS status = lineOf(handle, device); status != kOk) {
+        return status;
     }
     *rxBytes = static_cast<DWORD>(device->received.size());
     return kOk;
@@ -241,9 +270,9 @@ FT_STATUS FT_GetQueueStatus(void* handle, DWORD* rxBytes) {
 
 FT_STATUS FT_Purge(void* handle, DWORD mask) {
     log("FT_Purge " + std::to_string(mask));
-    Device* device = deviceOf(handle);
-    if (device == nullptr) {
-        return kInvalidHandle;
+    Device* device = nullptr;
+    if (const FT_STATUS status = lineOf(handle, device); status != kOk) {
+        return status;
     }
     if ((mask & 1) != 0) {
         device->received.clear();
@@ -252,9 +281,9 @@ FT_STATUS FT_Purge(void* handle, DWORD mask) {
 }
 
 FT_STATUS FT_GetStatus(void* handle, DWORD* rxBytes, DWORD* txBytes, DWORD* eventStatus) {
-    Device* device = deviceOf(handle);
-    if (device == nullptr) {
-        return kInvalidHandle;
+    Device* device = nullptr;
+    if (const FT_STATUS status = lineOf(handle, device); status != kOk) {
+        return status;
     }
     *rxBytes = static_cast<DWORD>(device->received.size());
     *txBytes = 0;

@@ -1,6 +1,7 @@
 // The d2xx backend against a driver library of our own making: the calls reach the library
 // with the arguments the adapter needs, bytes pass byte for byte, a library without the
-// retry call is out of date but works, and a missing library fails like an empty bus.
+// retry call is out of date but works, a missing library fails like an empty bus, and an
+// adapter pulled out comes back by its serial number.
 #include "RecordingDialogs.h"
 #include "ScaleCfgFixture.h"
 #include "TempHome.h"
@@ -49,6 +50,9 @@ public:
         fn<void (*)(int, const char*, unsigned)>("fakeftd2xx_feed")(
             device, bytes.constData(), static_cast<unsigned>(bytes.size()));
     }
+    void unplug(int device) { fn<void (*)(int)>("fakeftd2xx_unplug")(device); }
+    // The device comes back last on the bus.
+    void plug(int device) { fn<void (*)(int)>("fakeftd2xx_plug")(device); }
     int eventSignalled(int device) {
         return fn<int (*)(int)>("fakeftd2xx_event_signalled")(device);
     }
@@ -61,6 +65,7 @@ private:
 };
 
 const QStringList kOpenLog{"FT_ListDevices count",
+                           "FT_ListDevices 0 1",
                            "FT_Open 0",
                            "FT_SetEventNotification 1 event",
                            "FT_SetBaudRate 9600",
@@ -77,6 +82,7 @@ private slots:
     void usb485_start_setsUpTheAdapterAndPassesBytes();
     void oldLibrary_isOutOfDateButTheLinkWorks();
     void missingLibrary_failsAsWithNoDevice();
+    void adapterPulledAndBack_isToldOnceAndOpensAgainBySerialNumber();
     void usb_start_readsSerialNumbersAndDescriptionsByIndex();
     void usb_close_refusesNumbersTheLibraryNeverGave_data();
     void usb_close_refusesNumbersTheLibraryNeverGave();
@@ -169,6 +175,51 @@ void D2xxBackend::missingLibrary_failsAsWithNoDevice() {
     QCOMPARE(m.usbhandle, 0);
     // Nothing the program holds can reach a library that is not there.
     QCOMPARE(ftdi.FT_Close(0), links::FT_INVALID_HANDLE);
+}
+
+void D2xxBackend::adapterPulledAndBack_isToldOnceAndOpensAgainBySerialNumber() {
+    FakeLibrary fake(FAKE_D2XX);
+    QVERIFY(fake.ok());
+    fake.setup("FT4XQ2ZA|USB-RS485 Cable;X9|Other cable");
+    RecordingDialogs dialogs;
+    QStringList told;
+    links::D2xxFtdi ftdi(QStringLiteral(FAKE_D2XX), [&told](const QString& text) { told << text; });
+    core::Module1 m;
+    m.commtype = QStringLiteral("USB485");
+    links::UsbLink link(m, ftdi, dialogs);
+    link.usb_open();
+    QCOMPARE(dialogs.said, QStringList{});
+    const QByteArray request = QByteArray(1, '\x82') + "\x11" + "1";
+    links::DWORD waiting = 0;
+
+    fake.unplug(0);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("FT4XQ2ZA is gone")));
+    for (int i = 0; i < 3; ++i) {
+        link.usb_write(request);
+        QCOMPARE(ftdi.FT_GetQueueStatus(m.usbhandle, waiting), links::FT_IO_ERROR);
+    }
+    QCOMPARE(told.size(), 1);
+
+    // Back behind the other cable: found by its serial number, not by its old place.
+    fake.plug(0);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("FT4XQ2ZA is back")));
+    QTRY_COMPARE_WITH_TIMEOUT(ftdi.FT_GetQueueStatus(m.usbhandle, waiting), links::FT_OK, 2000);
+    QCOMPARE(told.size(), 2);
+    const QStringList log = fake.log();
+    const QStringList reopened = log.mid(log.lastIndexOf(QStringLiteral("FT_Open 1")));
+    // The same line and the same armed event as before, and nothing else touched.
+    for (const QString& call : kOpenLog.mid(3)) {
+        QVERIFY2(reopened.contains(call), qPrintable(call));
+    }
+    // The cable now first on the bus was never taken for it.
+    QCOMPARE(log.count(QStringLiteral("FT_Open 0")), 1);
+
+    link.usb_write(request);
+    QCOMPARE(fake.written(0), request);
+    fake.feed(0, "\x82 12.5\r\n");
+    QCOMPARE(fake.eventSignalled(0), 1);
+    QCOMPARE(ftdi.FT_GetQueueStatus(m.usbhandle, waiting), links::FT_OK);
+    QCOMPARE(waiting, links::DWORD(8));
 }
 
 void D2xxBackend::usb_start_readsSerialNumbersAndDescriptionsByIndex() {
