@@ -20,6 +20,9 @@ KernelChannel::KernelChannel() {
         if (e == QSerialPort::ResourceError) {
             lost_ = true;
         }
+        if (e != QSerialPort::NoError && e != QSerialPort::TimeoutError) {
+            countLinkError();
+        }
     });
 }
 
