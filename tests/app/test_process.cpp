@@ -179,7 +179,7 @@ void Process::commandLine_statusAndFirstWord_data() {
     QTest::newRow("Qt's own options pass")
         << QStringList{QStringLiteral("-platform"),        QStringLiteral("offscreen"),
                        QStringLiteral("-style"),           QStringLiteral("Fusion"),
-                       QStringLiteral("--home"),           home,
+                       QStringLiteral("--home"),           QStringLiteral("HOME"),
                        QStringLiteral("--create-database")}
         << 0 << QStringLiteral("created ");
     QTest::newRow("bad answer") << QStringList{QStringLiteral("--answer"), QStringLiteral("maybe")}
