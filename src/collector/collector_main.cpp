@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -46,7 +47,17 @@ public:
 } // namespace
 
 int main(int argc, char** argv) {
+    // A stop that comes while the toolkit starts is held until its handler is there, so that
+    // even then the process ends cleanly.
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaddset(&held, number);
+    }
+    ::sigprocmask(SIG_BLOCK, &held, nullptr);
     CollectorApplication application(argc, argv);
+    collector::SignalPipe signals_;
+    ::sigprocmask(SIG_UNBLOCK, &held, nullptr);
     QCoreApplication::setApplicationName(QStringLiteral("stellwyn-collector"));
     QCoreApplication::setApplicationVersion(
         QStringLiteral("%1.%2.%3").arg(versionMajor).arg(versionMinor).arg(versionRevision));
@@ -104,7 +115,6 @@ int main(int argc, char** argv) {
                                                         .arg(QCoreApplication::applicationVersion(),
                                                              core::displayPath(home.folder())));
 
-    collector::SignalPipe signals_;
     collector::ServiceNotifier notifier;
     collector::Collector collector(home, notifier);
     QObject::connect(&signals_, &collector::SignalPipe::terminate, &collector,
