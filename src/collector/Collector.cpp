@@ -125,12 +125,21 @@ void Collector::applySettings() {
         }
         f.chk_SaveOnPrint.setValue(s.autoSave ? 1 : 0);
         f.Check1.setValue(s.logTimers ? 1 : 0);
-        if (s.mode == CollectorSettings::Mode::asActivated && s.pollTime.isEmpty() && !s.poll) {
+        if (m_.scalecount == 0 || form_->isUnloaded()) {
             return;
         }
-        const bool network =
-            s.mode == CollectorSettings::Mode::network ||
-            (s.mode == CollectorSettings::Mode::asActivated && f.opt_network.value());
+        bool network = s.mode == CollectorSettings::Mode::network;
+        if (s.mode == CollectorSettings::Mode::asActivated) {
+            // RS-485 and single USB scales come up in no mode at all; an operator would pick
+            // the network scan there.
+            const bool networkLink = m_.commtype == u"RS485" || m_.commtype == u"USB";
+            network = f.opt_network.value() || (!f.opt_single.value() && networkLink);
+        }
+        const bool asWanted = s.pollTime.isEmpty() && !s.poll &&
+                              (network ? f.opt_network.value() : f.opt_single.value());
+        if (asWanted) {
+            return;
+        }
         // As an operator would: the poll time can be typed in single mode only.
         f.opt_single.setValue(true);
         if (form_->isUnloaded()) {
