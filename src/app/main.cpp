@@ -29,6 +29,7 @@
 #include "display/Form1.h"
 #include "display/Form1Commands.h"
 #include "display/Form1Host.h"
+#include "display/StatusLine.h"
 #include "indicator_config/CapturingDialogs.h"
 #include "indicator_config/ConfigOperations.h"
 #include "links/FtdiApi.h"
@@ -43,12 +44,15 @@
 #include "sdmemory/SdSettingView.h"
 
 #include <QFileInfo>
+#include <QTimer>
 #include <cstdio>
 #include <memory>
 
 using namespace stellwyn;
 
 namespace {
+
+constexpr int linkStatusMs = 5000;
 
 void printLine(FILE* stream, const QString& text) {
     std::fprintf(stream, "%s\n", qPrintable(text));
@@ -316,6 +320,15 @@ int main(int argc, char** argv) {
         screen = std::make_unique<display::Form1Host>(*frameView->mdiArea(), makeForm1);
         QObject::connect(&frame, &app::FrmMain::activateRemoteScreen, screen.get(),
                          &display::Form1Host::show);
+        // The link and today's readings at a glance; the collector logs the same line.
+        const auto showLinkStatus = [&] {
+            frameView->showLinkStatus(display::statusLine(
+                display::linkState(m, screen->form(), settings), m.dataconn, clock));
+        };
+        QTimer linkStatus;
+        QObject::connect(&linkStatus, &QTimer::timeout, showLinkStatus);
+        linkStatus.start(linkStatusMs);
+        showLinkStatus();
         if (options.setup) {
             frame.mnu_setups_Click();
         }

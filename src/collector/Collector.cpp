@@ -102,7 +102,7 @@ void Collector::activate() {
     if (form_->isUnloaded()) {
         return;
     }
-    logLine(QStringLiteral("link"), display::linkState(*form_, settings_).text());
+    logLine(QStringLiteral("link"), display::linkState(m_, form_.get(), settings_).text());
     watchCaption();
     captionWatch_.start();
     statusTimer_.start();
@@ -221,12 +221,7 @@ void Collector::watchCaption() {
 }
 
 QString Collector::statusLine() {
-    if (!form_ || form_->isUnloaded()) {
-        display::LinkState closed;
-        closed.commtype = m_.commtype;
-        return display::statusLine(closed, m_.dataconn, clock_);
-    }
-    return display::statusLine(display::linkState(*form_, settings_), m_.dataconn, clock_);
+    return display::statusLine(display::linkState(m_, form_.get(), settings_), m_.dataconn, clock_);
 }
 
 void Collector::finish(int status) {

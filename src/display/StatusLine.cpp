@@ -28,14 +28,14 @@ QString LinkState::text() const {
     return line + QStringLiteral(", %1 errors since start").arg(errors);
 }
 
-LinkState linkState(Form1& form, const core::SettingsStore& settings) {
-    const core::Module1& m = form.context().m;
+LinkState linkState(const core::Module1& m, Form1* screen, const core::SettingsStore& settings) {
     LinkState state;
     state.commtype = m.commtype;
     state.errors = links::linkErrorsSinceStart();
-    if (form.isUnloaded()) {
+    if (screen == nullptr || screen->isUnloaded()) {
         return state;
     }
+    Form1& form = *screen;
     const QString& t = m.commtype;
     if (t == u"RS232" || t == u"RS485") {
         state.open = form.MSComm1().isPortOpen();

@@ -4,6 +4,7 @@
 
 namespace stellwyn::core {
 class Clock;
+class Module1;
 class SettingsStore;
 } // namespace stellwyn::core
 
@@ -23,7 +24,8 @@ struct LinkState {
     QString text() const;
 };
 
-LinkState linkState(Form1& form, const core::SettingsStore& settings);
+// The link of `form`, or with no form (none yet, or gone) the closed link of the settings.
+LinkState linkState(const core::Module1& m, Form1* form, const core::SettingsStore& settings);
 
 // The link, then the rows stored today in the readings file of `dataconn`, in one line: the
 // screen's status bar and the collector's log say the same.
