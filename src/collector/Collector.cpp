@@ -84,9 +84,10 @@ void Collector::activate() {
     form_->Form_Load();
     form_->Form_Activate();
     if (form_->isUnloaded()) {
-        // The link would not come up: the screen took itself away. A service manager may
-        // try again later; a person reads why above.
-        if (!stopping_) {
+        // Unless a stop or a reload closed it meanwhile, the link would not come up and the
+        // screen took itself away. A service manager may try again later; a person reads why
+        // above.
+        if (next_ == Next::nothing) {
             logLine(QStringLiteral("link"),
                     QStringLiteral("%1 did not start; nothing to collect").arg(m_.commtype));
             next_ = Next::quit;

@@ -71,9 +71,10 @@ void ServiceNotifier::send(const QByteArray& state) {
     }
     const auto length =
         static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + std::size_t(address_.size()));
-    // A manager that is gone or busy loses a notice; the collector carries on regardless.
+    // A manager that is gone or does not read loses a notice; the collector never waits for
+    // it, since a blocked event loop would stop the collecting itself.
     [[maybe_unused]] const ssize_t sent =
-        ::sendto(socket_, state.constData(), std::size_t(state.size()), MSG_NOSIGNAL,
+        ::sendto(socket_, state.constData(), std::size_t(state.size()), MSG_NOSIGNAL | MSG_DONTWAIT,
                  reinterpret_cast<const sockaddr*>(&to), length);
 }
 

@@ -17,6 +17,9 @@
 #include <QSqlQuery>
 #include <QTest>
 #include <csignal>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 using namespace stellwyn;
 
@@ -40,13 +43,55 @@ void makeHome(const testsupport::TempHome& home, const QString& terminal, const 
     ini.setValue(QStringLiteral("Collector/PollTime"), pollTime);
 }
 
+// The service manager's end of the notification socket: a datagram socket the collector is
+// told of through NOTIFY_SOCKET.
+class NotifySocket {
+public:
+    explicit NotifySocket(const QString& path) : path_(path.toLocal8Bit()) {
+        fd_ = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        sockaddr_un at{};
+        at.sun_family = AF_UNIX;
+        qstrncpy(at.sun_path, path_.constData(), sizeof at.sun_path);
+        ::bind(fd_, reinterpret_cast<const sockaddr*>(&at), sizeof at);
+    }
+    ~NotifySocket() {
+        ::close(fd_);
+        ::unlink(path_.constData());
+    }
+    // The notices so far, watchdog pings and status lines left out but counted.
+    QStringList notices() {
+        char buffer[4096];
+        for (ssize_t n; (n = ::recv(fd_, buffer, sizeof buffer, 0)) > 0;) {
+            const QString notice = QString::fromUtf8(buffer, n);
+            if (notice == u"WATCHDOG=1") {
+                ++pings;
+            } else if (!notice.startsWith(u"STATUS=")) {
+                kept << notice.section(u'\n', 0, 0);
+            }
+        }
+        return kept;
+    }
+    int pings = 0;
+
+private:
+    QByteArray path_;
+    int fd_ = -1;
+    QStringList kept;
+};
+
 // Runs the collector with no display of any kind, its log read as it comes.
 class Collector {
 public:
-    explicit Collector(const testsupport::TempHome& home) {
+    explicit Collector(const testsupport::TempHome& home, NotifySocket* manager = nullptr,
+                       const QString& notifySocket = {})
+        : manager_(manager) {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
             env.remove(QString::fromLatin1(name));
+        }
+        if (!notifySocket.isEmpty()) {
+            env.insert(QStringLiteral("NOTIFY_SOCKET"), notifySocket);
+            env.insert(QStringLiteral("WATCHDOG_USEC"), QStringLiteral("100000"));
         }
         process.setProcessEnvironment(env);
         process.setProcessChannelMode(QProcess::ForwardedOutputChannel);
@@ -64,6 +109,10 @@ public:
     bool waitFor(const QString& text, int count = 1, int ms = 20000) {
         const QDeadlineTimer deadline(ms);
         while (log.count(text) < count && !deadline.hasExpired()) {
+            // A manager reads as it goes; a full socket would drop the next notice.
+            if (manager_ != nullptr) {
+                manager_->notices();
+            }
             if (!process.waitForReadyRead(100) && process.state() == QProcess::NotRunning) {
                 break;
             }
@@ -94,6 +143,9 @@ public:
 
     QProcess process;
     QString log;
+
+private:
+    NotifySocket* manager_;
 };
 
 QSet<qint64> keptRows(const testsupport::TempHome& home) {
@@ -121,7 +173,7 @@ private slots:
     void linksNoWidgetsNorGui();
     void noDisplay_storesRowsThenEndsOnSigterm_data();
     void noDisplay_storesRowsThenEndsOnSigterm();
-    void sighup_takesTheChangedPollTime();
+    void sighup_takesTheChangedPollTime_toldToTheServiceManager();
 };
 
 void CollectorTest::linksNoWidgetsNorGui() {
@@ -169,13 +221,16 @@ void CollectorTest::noDisplay_storesRowsThenEndsOnSigterm() {
     QVERIFY2(!collector.log.contains(QStringLiteral("message:")), qPrintable(collector.log));
 }
 
-void CollectorTest::sighup_takesTheChangedPollTime() {
+// A reload under a service manager: ready once the link is up, reloading, ready again, the
+// watchdog pinged all along, and stopping at the end.
+void CollectorTest::sighup_takesTheChangedPollTime_toldToTheServiceManager() {
     linkstest::SimProcess indicators(twoScales);
     QVERIFY2(!indicators.slavePath().isEmpty(), qPrintable(indicators.errorText()));
     testsupport::TempHome home;
     makeHome(home, indicators.slavePath(), QStringLiteral("0.05"));
+    NotifySocket manager(home.file(QStringLiteral("notify")));
 
-    Collector collector(home);
+    Collector collector(home, &manager, home.file(QStringLiteral("notify")));
     const QString before =
         QStringLiteral("mode: USB485 - Network (Multi User) Mode (running 0.05 sec)");
     QVERIFY2(collector.waitFor(before), qPrintable(collector.log));
@@ -197,6 +252,10 @@ void CollectorTest::sighup_takesTheChangedPollTime() {
     QCOMPARE(collector.finish(), 0);
     QCOMPARE(keptRows(home), collector.reportedRows());
     QVERIFY(sinceReload.contains(QStringLiteral("stored reading")));
+    QCOMPARE(manager.notices(),
+             (QStringList{QStringLiteral("READY=1"), QStringLiteral("RELOADING=1"),
+                          QStringLiteral("READY=1"), QStringLiteral("STOPPING=1")}));
+    QVERIFY(manager.pings > 0);
 }
 
 QTEST_GUILESS_MAIN(CollectorTest)
