@@ -18,41 +18,42 @@ deb=$(ls "$work"/out/stellwyn_*.deb 2>/dev/null | head -1)
 [ -n "$deb" ] || { cat "$work/cpack.log"; fail "no stellwyn_*.deb made"; exit 1; }
 echo "package: $(basename "$deb")"
 root=$work/root
+# The package installs where the tree does: /usr from scripts/package, /usr/local by default.
+prefix=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
+p=${prefix#/}
 dpkg-deb -x "$deb" "$root"
 dpkg-deb -e "$deb" "$work/control"
 
-for f in usr/bin/stellwyn usr/bin/stellwyn-collector usr/bin/stellwyn-exec usr/bin/stellwyn-sim \
-         usr/share/applications/stellwyn.desktop \
-         usr/share/icons/hicolor/scalable/apps/stellwyn.svg \
-         usr/share/man/man1/stellwyn.1 usr/share/man/man1/stellwyn-collector.1 \
-         usr/share/man/man1/stellwyn-sim.1 usr/share/man/man1/stellwyn-exec.1 \
-         usr/lib/systemd/system/stellwyn-collector.service \
-         usr/lib/systemd/user/stellwyn-collector.service \
-         usr/share/doc/stellwyn/70-stellwyn-ftdi.rules.example; do
-  [ -f "$root/$f" ] || fail "missing /$f"
+for f in bin/stellwyn bin/stellwyn-collector bin/stellwyn-exec bin/stellwyn-sim \
+         share/applications/stellwyn.desktop share/icons/hicolor/scalable/apps/stellwyn.svg \
+         share/man/man1/stellwyn.1 share/man/man1/stellwyn-collector.1 \
+         share/man/man1/stellwyn-sim.1 share/man/man1/stellwyn-exec.1 \
+         lib/systemd/system/stellwyn-collector.service lib/systemd/user/stellwyn-collector.service \
+         share/doc/stellwyn/70-stellwyn-ftdi.rules.example; do
+  [ -f "$root/$p/$f" ] || fail "missing $prefix/$f"
 done
-for f in usr/bin/*; do
-  [ -x "$root/$f" ] || fail "/$f is not executable"
+for f in "$root/$p"/bin/*; do
+  [ -x "$f" ] || fail "${f#"$root"} is not executable"
 done
 # Only the programs: no test or benchmark binary, nothing from the build tree.
-extra=$(cd "$root" && find . -type f | grep -v -E '^\./usr/(bin/stellwyn(-collector|-exec|-sim)?|share/(applications|icons|man|doc)/.*|lib/systemd/(system|user)/stellwyn-collector\.service)$')
+extra=$(cd "$root" && find . -type f | grep -v -E "^\./$p/(bin/stellwyn(-collector|-exec|-sim)?|share/(applications|icons|man|doc)/.*|lib/systemd/(system|user)/stellwyn-collector\.service)\$")
 [ -z "$extra" ] || fail "unexpected files: $extra"
-if grep -rq "$build" "$root/usr/lib/systemd" "$root/usr/share/applications"; then
+if grep -rq "$build" "$root/$p/lib/systemd" "$root/$p/share/applications"; then
   fail "a unit or the menu entry names the build tree"
 fi
 
 for kind in system user; do
-  grep -qx 'ExecStart=/usr/bin/stellwyn-collector.*' "$root/usr/lib/systemd/$kind/stellwyn-collector.service" ||
-    fail "$kind unit does not start /usr/bin/stellwyn-collector"
+  grep -qx "ExecStart=$prefix/bin/stellwyn-collector.*" "$root/$p/lib/systemd/$kind/stellwyn-collector.service" ||
+    fail "$kind unit does not start $prefix/bin/stellwyn-collector"
 done
-grep -qx 'Exec=stellwyn' "$root/usr/share/applications/stellwyn.desktop" || fail "menu entry's Exec"
-grep -qx 'Icon=stellwyn' "$root/usr/share/applications/stellwyn.desktop" || fail "menu entry's Icon"
+grep -qx 'Exec=stellwyn' "$root/$p/share/applications/stellwyn.desktop" || fail "menu entry's Exec"
+grep -qx 'Icon=stellwyn' "$root/$p/share/applications/stellwyn.desktop" || fail "menu entry's Icon"
 
-needed=$(objdump -p "$root/usr/bin/stellwyn-collector" | awk '/NEEDED/ {print $2}')
+needed=$(objdump -p "$root/$p/bin/stellwyn-collector" | awk '/NEEDED/ {print $2}')
 grep -q 'libQt6Core' <<<"$needed" || fail "collector: no Qt core in $needed"
 grep -q 'libQt6Widgets\|libQt6Gui' <<<"$needed" && fail "collector links widgets: $needed"
 
-(cd "$root/usr/share/man" && for page in man1/*.1; do
+(cd "$root/$p/share/man" && for page in man1/*.1; do
   said=$(groff -man -ww -z -Tutf8 "$page" 2>&1)
   [ -z "$said" ] || { echo "FAIL: $page: $said"; exit 1; }
 done) || failures=$((failures + 1))
