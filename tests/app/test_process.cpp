@@ -182,6 +182,13 @@ void Process::commandLine_statusAndFirstWord_data() {
                        QStringLiteral("--home"),           QStringLiteral("HOME"),
                        QStringLiteral("--create-database")}
         << 0 << QStringLiteral("created ");
+    // Unattended runs would pick the offscreen platform: only a -platform that reached the
+    // toolkit can make it look for another, and fail.
+    QTest::newRow("-platform reaches Qt")
+        << QStringList{QStringLiteral("-platform"), QStringLiteral("nosuchplatform"),
+                       QStringLiteral("--unattended"), QStringLiteral("--home"),
+                       QStringLiteral("HOME")}
+        << -1 << QStringLiteral("qt: This application failed to start because no Qt platform");
     QTest::newRow("bad answer") << QStringList{QStringLiteral("--answer"), QStringLiteral("maybe")}
                                 << 2 << QStringLiteral("stellwyn: --answer takes yes or no");
     QTest::newRow("unknown") << QStringList{QStringLiteral("--frobnicate")} << 2
