@@ -22,8 +22,7 @@ constexpr int statusEveryMs = 60 * 1000;
 } // namespace
 
 Collector::Collector(const core::AppHome& home, ServiceNotifier& notifier, QObject* parent)
-    : QObject(parent), home_(home), notifier_(notifier),
-      settings_(home.file(QStringLiteral("stellwyn.ini"))), main_(m_, dialogs_, home) {
+    : QObject(parent), home_(home), notifier_(notifier), main_(m_, dialogs_, home) {
     main_.loadsettings = [this] { core::loadsettings(m_); };
     // The mode shows in the screen's caption; a transfer from another program changes it too.
     captionWatch_.setInterval(captionWatchMs);
@@ -58,8 +57,10 @@ void Collector::start() {
 
 void Collector::activate() {
     if (!ftdi_) {
+        settings_ =
+            std::make_unique<core::SettingsStore>(home_.file(QStringLiteral("stellwyn.ini")));
         ftdi_ = links::makeFtdiApi(
-            settings_, [](const QString& text) { logLine(QStringLiteral("status"), text); },
+            *settings_, [](const QString& text) { logLine(QStringLiteral("status"), text); },
             clock_);
         usb_ = std::make_unique<links::UsbLink>(m_, *ftdi_, dialogs_);
     }
@@ -67,7 +68,7 @@ void Collector::activate() {
                                     dialogs_,
                                     clock_,
                                     home_,
-                                    [this] { return links::makeSerialPort(settings_); },
+                                    [this] { return links::makeSerialPort(*settings_); },
                                     ftdi_.get(),
                                     usb_.get(),
                                     {},
@@ -103,7 +104,7 @@ void Collector::activate() {
     if (form_->isUnloaded()) {
         return;
     }
-    logLine(QStringLiteral("link"), display::linkState(m_, form_.get(), settings_).text());
+    logLine(QStringLiteral("link"), display::linkState(m_, form_.get(), *settings_).text());
     watchCaption();
     captionWatch_.start();
     statusTimer_.start();
@@ -114,8 +115,7 @@ void Collector::activate() {
 
 void Collector::applySettings() {
     QString problems;
-    const core::SettingsStore fresh(settings_.fileName());
-    const CollectorSettings s = CollectorSettings::read(fresh, &problems);
+    const CollectorSettings s = CollectorSettings::read(*settings_, &problems);
     if (!problems.isEmpty()) {
         dialogs_.message(problems);
     }
@@ -204,6 +204,12 @@ void Collector::destroyWhenIdle() {
     form_.reset();
     const Next next = std::exchange(next_, Next::nothing);
     if (next == Next::activate && !stopping_) {
+        // The settings may name another adapter or backend now: the link is made afresh.
+        if (usb_) {
+            usb_->usb_close();
+        }
+        usb_.reset();
+        ftdi_.reset();
         QTimer::singleShot(0, this, &Collector::activate);
     } else if (next == Next::quit || stopping_) {
         finish(finishStatus_);
@@ -222,7 +228,11 @@ void Collector::watchCaption() {
 }
 
 QString Collector::statusLine() {
-    return display::statusLine(display::linkState(m_, form_.get(), settings_), m_.dataconn, clock_);
+    if (!settings_) {
+        return display::statusLine(display::LinkState{}, m_.dataconn, clock_);
+    }
+    return display::statusLine(display::linkState(m_, form_.get(), *settings_), m_.dataconn,
+                               clock_);
 }
 
 void Collector::finish(int status) {

@@ -63,7 +63,8 @@ private:
     core::RealClock clock_;
     // A question nobody can answer is answered No, as unattended runs of the screen do.
     indicator_config::CapturingDialogs dialogs_{std::make_unique<core::UnattendedDialogs>(false)};
-    core::SettingsStore settings_;
+    // Made afresh for each activation, so that a reload reads the file again.
+    std::unique_ptr<core::SettingsStore> settings_;
     app::Main main_;
     std::unique_ptr<links::FtdiApi> ftdi_;
     std::unique_ptr<links::UsbLink> usb_;
