@@ -246,6 +246,12 @@ void CollectorTest::sighup_takesTheChangedPollTime_toldToTheServiceManager() {
     const qsizetype storedBefore = collector.log.count(QStringLiteral("stored reading"));
     QVERIFY2(collector.waitFor(QStringLiteral("stored reading"), int(storedBefore) + 2),
              qPrintable(collector.log));
+    // The reopened screen takes commands again (a word it does not know is taken and ignored).
+    QProcess exec;
+    exec.start(binary(QStringLiteral("stellwyn-exec")),
+               {QStringLiteral("--home"), home.path(), QStringLiteral("NOP,1")});
+    QVERIFY(exec.waitForFinished(10000));
+    QCOMPARE(exec.exitCode(), 0);
     const qsizetype reloaded = collector.log.indexOf(after);
     const QString sinceReload = collector.log.mid(reloaded);
     collector.signal(SIGTERM);
