@@ -60,6 +60,10 @@ bool parseSimOptions(const QStringList& arguments, SimOptions* o, QString* error
         *error = parser.errorText();
         return false;
     }
+    if (parser.isSet(QStringLiteral("help"))) {
+        o->help = true;
+        return true;
+    }
     if (!parser.positionalArguments().isEmpty()) {
         *error = QStringLiteral("unexpected argument: ") + parser.positionalArguments().front();
         return false;

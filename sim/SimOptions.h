@@ -17,6 +17,7 @@ struct SimOptions {
     int tcpPort = -1; // -1: no socket
     QString klPath;   // set: write a KL.Dat and leave
     KlDatOptions kl;
+    bool help = false; // answered with simUsage() and nothing else
 };
 
 // Reads the arguments (the program name first). False with a message for the user.

@@ -63,6 +63,10 @@ int main(int argc, char** argv) {
         complain(error);
         return 2;
     }
+    if (options.help) {
+        std::fputs(qPrintable(sim::simUsage()), stdout);
+        return 0;
+    }
     if (!options.klPath.isEmpty()) {
         if (!sim::writeKlDat(options.klPath, options.kl, &error)) {
             complain(options.klPath + QStringLiteral(": ") + error);

@@ -22,10 +22,15 @@ struct CommandLine {
     bool demoEthernet = false;
     // Writes the kept readings to this file (CSV or XLSX by its extension) and exits.
     QString exportFile;
+    // Collects with no window: the collector program takes over with the other arguments.
+    bool headless = false;
+    // The arguments the collector is given in place of --headless.
+    QStringList collectorArguments;
 };
 
 // Parses the arguments (without the program name). On a bad argument returns nothing and sets
 // `error`; --help and --version are answered by the caller through `helpText` and `wants*`.
+// Qt's own options (-platform, -style, ...) are accepted and left in place for the toolkit.
 struct ParsedCommandLine {
     std::optional<CommandLine> options;
     QString error;

@@ -115,9 +115,13 @@ void FrmMainView::buildStatusBar() {
     bar->setObjectName(QStringLiteral("sbStatusBar"));
     statusPanel_ = new QLabel(FrmMain::statusPanelText(), bar);
     statusPanel_->setObjectName(QStringLiteral("statusPanel"));
+    linkPanel_ = new QLabel(bar);
+    linkPanel_->setObjectName(QStringLiteral("linkPanel"));
+    linkPanel_->setAccessibleName(QStringLiteral("Link status"));
     datePanel_ = new QLabel(bar);
     timePanel_ = new QLabel(bar);
     bar->addWidget(statusPanel_, 1);
+    bar->addPermanentWidget(linkPanel_);
     bar->addPermanentWidget(datePanel_);
     bar->addPermanentWidget(timePanel_);
     // The date and time panels show the system clock by themselves.
@@ -129,6 +133,10 @@ void FrmMainView::buildStatusBar() {
 
 void FrmMainView::showStatus(const QString& text) {
     statusPanel_->setText(text);
+}
+
+void FrmMainView::showLinkStatus(const QString& text) {
+    linkPanel_->setText(text);
 }
 
 void FrmMainView::refreshClock() {

@@ -25,6 +25,8 @@ public:
                               const QRect& screen);
     // The status bar's first panel; the links tell what becomes of their connection there.
     void showStatus(const QString& text);
+    // The panel of the link and of today's readings, beside the clock.
+    void showLinkStatus(const QString& text);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -40,6 +42,7 @@ private:
     FrmMain& logic_;
     QMdiArea* area_;
     QLabel* statusPanel_ = nullptr;
+    QLabel* linkPanel_ = nullptr;
     QLabel* datePanel_ = nullptr;
     QLabel* timePanel_ = nullptr;
 };

@@ -2,6 +2,7 @@
 // hands them to each part, and runs the start-up.
 #include "Main.h"
 
+#include "CollectorExec.h"
 #include "CommandLine.h"
 #include "DemoHome.h"
 #include "FrmAboutView.h"
@@ -26,11 +27,10 @@
 #include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
 #include "display/Form1.h"
+#include "display/Form1Commands.h"
 #include "display/Form1Host.h"
+#include "display/StatusLine.h"
 #include "indicator_config/CapturingDialogs.h"
-#include "indicator_config/CommandInterface.h"
-#include "indicator_config/CommandProtocol.h"
-#include "indicator_config/CommandServer.h"
 #include "indicator_config/ConfigOperations.h"
 #include "links/FtdiApi.h"
 #include "links/FtdiFactory.h"
@@ -45,12 +45,15 @@
 
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QTimer>
 #include <cstdio>
 #include <memory>
 
 using namespace stellwyn;
 
 namespace {
+
+constexpr int linkStatusMs = 5000;
 
 void printLine(FILE* stream, const QString& text) {
     std::fprintf(stream, "%s\n", qPrintable(text));
@@ -132,6 +135,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     const app::CommandLine& options = *parsed.options;
+    if (options.headless) {
+        return app::execCollector(options.collectorArguments);
+    }
 
     const core::AppHome home(options.demo ? app::demoHomeFolder(options.home, options.demoEthernet)
                                           : core::AppHome::resolve(options.home));
@@ -271,23 +277,6 @@ int main(int argc, char** argv) {
     };
     start.loadsettings = [&m] { core::loadsettings(m); };
 
-    // Other programs drive the indicator setup transfers while the main screen exists, as
-    // they once could only while it was loaded. The server goes with the form.
-    auto startCommandServer = [&](display::Form1& form) {
-        auto linkExecute = std::make_shared<indicator_config::CommandInterface>(
-            form.context(), form.configOperations(), *dialogs);
-        auto* server = new indicator_config::CommandServer(
-            indicator_config::protocol::socketPath(home.folder()),
-            [&form, linkExecute](const QString& cmdStr) {
-                form.runEvent([&] {
-                    std::int16_t Cancel = 0;
-                    linkExecute->Form_LinkExecute(cmdStr, Cancel);
-                });
-            },
-            commandDialogs, &form);
-        server->listen();
-    };
-
     const auto showStatus = [&frameView, &dialogs](const QString& text) {
         if (frameView) {
             frameView->showStatus(text);
@@ -318,7 +307,7 @@ int main(int argc, char** argv) {
         display::Form1Calls calls;
         calls.showStatus = showStatus;
         auto form = std::make_unique<display::Form1>(std::move(services), std::move(calls));
-        startCommandServer(*form);
+        display::serveCommands(*form, home, *dialogs, commandDialogs);
         return form;
     };
 
@@ -330,6 +319,15 @@ int main(int argc, char** argv) {
         screen = std::make_unique<display::Form1Host>(*frameView->mdiArea(), makeForm1);
         QObject::connect(&frame, &app::FrmMain::activateRemoteScreen, screen.get(),
                          &display::Form1Host::show);
+        // The link and today's readings at a glance; the collector logs the same line.
+        const auto showLinkStatus = [&] {
+            frameView->showLinkStatus(display::statusLine(
+                display::linkState(m, screen->form(), settings), m.dataconn, clock));
+        };
+        QTimer linkStatus;
+        QObject::connect(&linkStatus, &QTimer::timeout, showLinkStatus);
+        linkStatus.start(linkStatusMs);
+        showLinkStatus();
         if (options.setup) {
             frame.mnu_setups_Click();
         }

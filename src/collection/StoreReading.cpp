@@ -49,7 +49,8 @@ qint64 store_reading(core::Module1& m, const core::Clock& clock, const QString& 
         const qint64 id =
             core::insertReading(readingsFile(m.dataconn), scaleid, reading, clock.now());
         // Written only once the commit has returned: every row named here is on the disk.
-        qCInfo(core::lcStore, "stored reading %lld", static_cast<long long>(id));
+        qCInfo(core::lcStore, "stored reading %lld: %s %s", static_cast<long long>(id),
+               qUtf8Printable(scaleid), qUtf8Printable(reading.value_or(QString())));
         return id;
     } catch (const core::DatabaseError&) {
         // A file that went away or was replaced is opened afresh at the next store.

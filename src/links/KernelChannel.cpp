@@ -18,6 +18,9 @@ KernelChannel::KernelChannel(const QString& path, const QByteArray& serialNumber
         if (e == QSerialPort::ResourceError) {
             lost_ = true;
         }
+        if (e != QSerialPort::NoError && e != QSerialPort::TimeoutError) {
+            countLinkError();
+        }
     });
 }
 

@@ -8,4 +8,9 @@ namespace stellwyn::links {
 Q_DECLARE_LOGGING_CATEGORY(lcSerial)
 Q_DECLARE_LOGGING_CATEGORY(lcFtdi)
 Q_DECLARE_LOGGING_CATEGORY(lcSocket)
+
+// Errors of the devices under the links since the program started (a port that would not
+// open, a device that reported a fault), for the status line.
+void countLinkError();
+int linkErrorsSinceStart();
 } // namespace stellwyn::links

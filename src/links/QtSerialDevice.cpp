@@ -1,6 +1,7 @@
 #include "links/QtSerialDevice.h"
 
 #include "core/SettingsStore.h"
+#include "links/LinksLog.h"
 #include "links/QtLineSettings.h"
 
 #include <QFile>
@@ -44,6 +45,9 @@ QtSerialDevice::QtSerialDevice(const core::SettingsStore& settings) : settings_(
     QObject::connect(&port_, &QSerialPort::errorOccurred, [this](QSerialPort::SerialPortError e) {
         if (e == QSerialPort::ResourceError) {
             lost_ = true;
+        }
+        if (e != QSerialPort::NoError && e != QSerialPort::TimeoutError) {
+            countLinkError();
         }
     });
 }

@@ -21,6 +21,7 @@ public:
     void Settings(const QString& settings) override;
     void InputLen(std::int16_t length) override;
     void PortOpen(bool open) override;
+    bool isPortOpen() const override { return open_; }
     void Output(const QByteArray& bytes) override;
     int InBufferCount() override;
     QByteArray Input() override;

@@ -26,6 +26,7 @@ public:
     // 0 lets one Input return everything that is waiting.
     virtual void InputLen(std::int16_t length) = 0;
     virtual void PortOpen(bool open) = 0;
+    virtual bool isPortOpen() const = 0;
     // One byte per byte given, values 128 and above included; returns at once.
     virtual void Output(const QByteArray& bytes) = 0;
     virtual int InBufferCount() = 0;

@@ -51,7 +51,8 @@ private slots:
     void unattended_firstStart_messagesInOrderThenFatal();
     void createDatabase_makesBothFilesAndNeverOverwrites();
     void secondInstance_refusedWhileFirstRuns();
-    void badOption_saysSoAndFails();
+    void commandLine_statusAndFirstWord_data();
+    void commandLine_statusAndFirstWord();
     void export_needsTheDataFolderThenWritesTheFile();
     void setupAtStart_unattended_loadsAndClosesTheScreen();
 };
@@ -166,11 +167,58 @@ void Process::export_needsTheDataFolderThenWritesTheFile() {
     QCOMPARE(written.readAll(), QByteArray("ID,ScaleID,Reading,Date,Time,Group,TagID\r\n"));
 }
 
-void Process::badOption_saysSoAndFails() {
-    const Run r = runStellwyn({QStringLiteral("--answer"), QStringLiteral("maybe")});
-    QCOMPARE(r.status, 2);
-    QCOMPARE(r.errLines.size(), 1);
-    QVERIFY(r.errLines[0].contains(QStringLiteral("--answer")));
+void Process::commandLine_statusAndFirstWord_data() {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    // The start of the one line on standard output (status 0) or standard error.
+    QTest::addColumn<QString>("said");
+    QTest::newRow("help") << QStringList{QStringLiteral("--help")} << 0
+                          << QStringLiteral("Usage: stellwyn [options]");
+    QTest::newRow("version") << QStringList{QStringLiteral("--version")} << 0
+                             << QStringLiteral("stellwyn ");
+    QTest::newRow("Qt's own options pass")
+        << QStringList{QStringLiteral("-platform"),        QStringLiteral("offscreen"),
+                       QStringLiteral("-style"),           QStringLiteral("Fusion"),
+                       QStringLiteral("--home"),           QStringLiteral("HOME"),
+                       QStringLiteral("--create-database")}
+        << 0 << QStringLiteral("created ");
+    // Unattended runs would pick the offscreen platform: only a -platform that reached the
+    // toolkit can make it look for another, and fail.
+    QTest::newRow("-platform reaches Qt")
+        << QStringList{QStringLiteral("-platform"), QStringLiteral("nosuchplatform"),
+                       QStringLiteral("--unattended"), QStringLiteral("--home"),
+                       QStringLiteral("HOME")}
+        << -1 << QStringLiteral("qt: This application failed to start because no Qt platform");
+    QTest::newRow("bad answer") << QStringList{QStringLiteral("--answer"), QStringLiteral("maybe")}
+                                << 2 << QStringLiteral("stellwyn: --answer takes yes or no");
+    QTest::newRow("unknown") << QStringList{QStringLiteral("--frobnicate")} << 2
+                             << QStringLiteral("stellwyn: Unknown option 'frobnicate'");
+    QTest::newRow("missing value") << QStringList{QStringLiteral("--home")} << 2
+                                   << QStringLiteral("stellwyn: Missing value after '--home'");
+    QTest::newRow("bad demo") << QStringList{QStringLiteral("--demo=serial")} << 2
+                              << QStringLiteral("stellwyn: --demo= takes ethernet");
+    // The collector takes over, says where it runs, and finds no database in a new home.
+    QTest::newRow("headless") << QStringList{QStringLiteral("--headless"), QStringLiteral("--home"),
+                                             QStringLiteral("HOME")}
+                              << 1 << QStringLiteral("collector: ");
+    QTest::newRow("headless without a screen's options")
+        << QStringList{QStringLiteral("--headless"), QStringLiteral("--activate")} << 2
+        << QStringLiteral("stellwyn: --activate does not go with --headless");
+}
+
+void Process::commandLine_statusAndFirstWord() {
+    QFETCH(QStringList, arguments);
+    QFETCH(int, status);
+    QFETCH(QString, said);
+    TempHome home;
+    arguments.replaceInStrings(QStringLiteral("HOME"), home.path());
+    const Run r = runStellwyn(arguments);
+    QCOMPARE(r.status, status);
+    const QString text = status == 0 ? r.out : r.errLines.value(0);
+    QVERIFY2(text.startsWith(said), qPrintable(text + r.errLines.join(u'\n')));
+    if (status == 2) {
+        QCOMPARE(r.errLines.size(), 1);
+    }
 }
 
 // Unattended, the screen cannot be shown: it loads, with its message and the row it adds, and

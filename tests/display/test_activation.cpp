@@ -1,8 +1,12 @@
 // The activation of the main screen on every link: what it says, what it leaves on screen and
 // running, and what survives each failure; the link started once; the exit and the unload.
 #include "ScreenFixture.h"
+#include "core/LoadSettings.h"
+#include "core/SettingsStore.h"
 #include "core/store/Connection.h"
+#include "core/store/DataColTable.h"
 #include "core/store/ScaleCfgTable.h"
+#include "display/StatusLine.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -125,6 +129,8 @@ private slots:
     void closedInAnyYield_endsTheActivationClean();
     void activationNestedInAYield_doesNothing_data();
     void activationNestedInAYield_doesNothing();
+    void statusLine_tellsTheLinkAndOnlyTodaysRows_data();
+    void statusLine_tellsTheLinkAndOnlyTodaysRows();
 };
 
 void ActivationTest::activation_eachLink_data() {
@@ -514,6 +520,55 @@ void ActivationTest::activationNestedInAYield_doesNothing() {
     QCOMPARE(s->port().operations, once->port().operations);
     QCOMPARE(s->f().Combo1.items(), once->f().Combo1.items());
     QCOMPARE(s->scaleCfgRows(), once->scaleCfgRows());
+}
+
+void ActivationTest::statusLine_tellsTheLinkAndOnlyTodaysRows_data() {
+    QTest::addColumn<QString>("commtype");
+    QTest::addColumn<bool>("portMissing");
+    QTest::addColumn<bool>("activate");
+    QTest::addColumn<QString>("link");
+    QTest::newRow("RS232 open") << "RS232" << false << true << "Link RS232 open on /dev/ttyS0, ";
+    QTest::newRow("RS232 missing")
+        << "RS232" << true << true << "Link RS232 closed on /dev/ttyS0, ";
+    QTest::newRow("before the screen") << "RS232" << false << false << "Link RS232 closed, ";
+    QTest::newRow("USB485 open") << "USB485" << false << true << "Link USB485 open";
+}
+
+void ActivationTest::statusLine_tellsTheLinkAndOnlyTodaysRows() {
+    QFETCH(QString, commtype);
+    QFETCH(bool, portMissing);
+    QFETCH(bool, activate);
+    QFETCH(QString, link);
+
+    ScreenFixture s(commtype, QStringLiteral("RS485/130"));
+    s.ftdi.devices << linkstest::ScriptedFtdi::Device{"S0", "scale 0"};
+    if (portMissing) {
+        s.missingPorts = {1};
+    }
+    s.clock.setNow(QDateTime(QDate(2026, 3, 1), QTime(0, 0, 5)));
+    {
+        auto connection = core::Connection::open(s.m.dataconn);
+        // Just before midnight, then twice today.
+        core::insertReading(connection, QStringLiteral("130"), QStringLiteral("1.0"),
+                            s.clock.now().addSecs(-10));
+        core::insertReading(connection, QStringLiteral("130"), QStringLiteral("2.0"),
+                            s.clock.now());
+        core::insertReading(connection, QStringLiteral("130"), std::nullopt, s.clock.now());
+    }
+    display::Form1* form = nullptr;
+    if (activate) {
+        form = &s.newForm();
+        form->Form_Load();
+        form->Form_Activate();
+    } else {
+        core::loadsettings(s.m);
+    }
+    const core::SettingsStore settings(s.appHome.file(QStringLiteral("stellwyn.ini")));
+    const QString line =
+        display::statusLine(display::linkState(s.m, form, settings), s.m.dataconn, s.clock);
+    QVERIFY2(line.startsWith(link), qPrintable(line));
+    QVERIFY2(line.endsWith(QStringLiteral(" errors since start; 2 readings stored today")),
+             qPrintable(line));
 }
 
 QTEST_GUILESS_MAIN(ActivationTest)

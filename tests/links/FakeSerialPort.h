@@ -41,6 +41,7 @@ public:
     void Settings(const QString& settings) override;
     void InputLen(std::int16_t length) override;
     void PortOpen(bool open) override;
+    bool isPortOpen() const override { return control_.isPortOpen(); }
     void Output(const QByteArray& bytes) override;
     int InBufferCount() override { return control_.InBufferCount(); }
     QByteArray Input() override { return control_.Input(); }

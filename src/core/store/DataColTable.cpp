@@ -269,6 +269,13 @@ qint64 countReadings(Connection& connection) {
     return query.value(0).toLongLong();
 }
 
+qint64 countReadingsOn(Connection& connection, const QDate& day) {
+    QSqlQuery query = connection.run(QStringLiteral("select count(*) from datacol where Date = ?"),
+                                     {storedDate(day)});
+    query.next();
+    return query.value(0).toLongLong();
+}
+
 QList<DataColRow> readings(Connection& connection, DataColOrder order) {
     QSqlQuery query = connection.run(kSelect + orderClause(order));
     return rowsOf(query);

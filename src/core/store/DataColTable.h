@@ -81,6 +81,8 @@ private:
 // "Clear List". The ID counter runs on past the deleted rows.
 void deleteAllReadings(Connection& connection);
 qint64 countReadings(Connection& connection);
+// The rows stamped with this day.
+qint64 countReadingsOn(Connection& connection, const QDate& day);
 QList<DataColRow> readings(Connection& connection, DataColOrder order);
 // Hands each row in the order to `row`, one at a time, holding no more than the one row: for
 // tables too long to hold. `row` returns false to stop.
