@@ -188,7 +188,7 @@ void Process::commandLine_statusAndFirstWord_data() {
         << QStringList{QStringLiteral("-platform"), QStringLiteral("nosuchplatform"),
                        QStringLiteral("--unattended"), QStringLiteral("--home"),
                        QStringLiteral("HOME")}
-        << -1 << QStringLiteral("qt: This application failed to start because no Qt platform");
+        << -1 << QStringLiteral("This application failed to start because no Qt platform");
     QTest::newRow("bad answer") << QStringList{QStringLiteral("--answer"), QStringLiteral("maybe")}
                                 << 2 << QStringLiteral("stellwyn: --answer takes yes or no");
     QTest::newRow("unknown") << QStringList{QStringLiteral("--frobnicate")} << 2
