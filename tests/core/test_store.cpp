@@ -589,6 +589,7 @@ void TestStore::logText_storedInSortableForm_data() {
     QTest::newRow("year 26") << true << QByteArray("1/2/26") << QByteArray("2026-01-02");
     QTest::newRow("stored form") << true << QByteArray("2004-04-03") << QByteArray("2004-04-03");
     QTest::newRow("month 13") << true << QByteArray("13/45/2020") << QByteArray();
+    QTest::newRow("signed year") << true << QByteArray("04/03/-2004") << QByteArray();
     QTest::newRow("short time") << false << QByteArray("6:30:15") << QByteArray("06:30:15");
     QTest::newRow("no seconds") << false << QByteArray("23:59") << QByteArray("23:59:00");
     QTest::newRow("below zero") << false << QByteArray("-1:10:00") << QByteArray("-1:10:00");

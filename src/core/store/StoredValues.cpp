@@ -153,7 +153,8 @@ StoredText storedDateFromLogText(QByteArrayView text) {
     for (const QString& format :
          {QStringLiteral("M/d/yyyy"), QStringLiteral("M/d/yy"), QStringLiteral("yyyy-MM-dd")}) {
         QDate date = QDate::fromString(trimmed, format);
-        if (date.isValid()) {
+        // Qt reads a signed year; a card's "-2004" is damage, not a date before the era.
+        if (date.isValid() && date.year() > 0) {
             if (format == QLatin1String("M/d/yy") && date.year() < 1950) {
                 date = date.addYears(100);
             }
