@@ -1,11 +1,10 @@
 // The real timers of the screen: what the mode timers' chain and guard take for granted of them.
+#include "ChildProcess.h"
 #include "acquisition/QtTimerDriver.h"
 #include "core/Controls.h"
 #include "core/FatalError.h"
 
 #include <QTest>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace stellwyn;
 
@@ -75,15 +74,9 @@ void QtTimerDriverTest::intervalZeroStopsAnEnabledTimer() {
 // The error leaves the tick where the timer entered it, never through Qt's event code; it is
 // shown once and the process ends with status 1. Run in a child, as it ends the process.
 void QtTimerDriverTest::anUntrappedErrorInATickEndsTheProgramWithItsText() {
-    int pipeEnds[2];
-    QCOMPARE(::pipe(pipeEnds), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(pipeEnds[0]);
-        core::setFatalErrorHandler([&](const QString& text) {
-            const QByteArray bytes = text.toUtf8();
-            [[maybe_unused]] const auto n = ::write(pipeEnds[1], bytes.constData(), bytes.size());
-        });
+    const testsupport::ChildRun run = testsupport::runInChild([](int fd) {
+        core::setFatalErrorHandler(
+            [fd](const QString& text) { testsupport::writeAll(fd, text.toUtf8()); });
         acquisition::QtTimerDriver driver;
         core::Timer timer;
         timer.Tick = [] { throw core::FatalError(QStringLiteral("Subscript out of range")); };
@@ -91,20 +84,11 @@ void QtTimerDriverTest::anUntrappedErrorInATickEndsTheProgramWithItsText() {
         timer.setInterval(1);
         timer.setEnabled(true);
         QTest::qWait(5000);
-        ::_exit(0);
-    }
-    ::close(pipeEnds[1]);
-    QByteArray shown;
-    char buffer[256];
-    for (ssize_t n; (n = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
-        shown.append(buffer, n);
-    }
-    ::close(pipeEnds[0]);
-    int status = 0;
-    QCOMPARE(::waitpid(child, &status, 0), child);
-    QVERIFY(WIFEXITED(status));
-    QCOMPARE(WEXITSTATUS(status), 1);
-    QCOMPARE(shown, QByteArray("Subscript out of range"));
+        return 0;
+    });
+    QVERIFY(run.exited);
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.told, QByteArray("Subscript out of range"));
 }
 
 QTEST_GUILESS_MAIN(QtTimerDriverTest)

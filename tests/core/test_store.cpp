@@ -1,4 +1,5 @@
 // The data store against real SQLite files in a scratch home.
+#include "ChildProcess.h"
 #include "TempHome.h"
 #include "core/CfgTxt.h"
 #include "core/store/Compaction.h"
@@ -16,11 +17,10 @@
 #include <csignal>
 #include <optional>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace stellwyn::core;
 using stellwyn::testsupport::TempHome;
+namespace testsupport = stellwyn::testsupport;
 
 namespace {
 
@@ -73,13 +73,7 @@ void keepWarning(QtMsgType type, const QMessageLogContext&, const QString& text)
 // Runs the step in a child process whose files may not grow past `limit` bytes, as on a disk
 // that is all but full, and gives what it said: the text of the error it threw, or its warning.
 QString saidWithFilesCappedAt(rlim_t limit, const std::function<void()>& step) {
-    int pipeEnds[2];
-    if (::pipe(pipeEnds) != 0) {
-        return QStringLiteral("no pipe");
-    }
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(pipeEnds[0]);
+    const testsupport::ChildRun run = testsupport::runInChild([&](int fd) {
         // A write past the cap fails with EFBIG instead of ending the process.
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit cap{limit, limit};
@@ -92,18 +86,9 @@ QString saidWithFilesCappedAt(rlim_t limit, const std::function<void()>& step) {
         } catch (const FatalError& e) {
             said = e.text();
         }
-        const QByteArray bytes = said.toUtf8();
-        ::_exit(::write(pipeEnds[1], bytes.constData(), bytes.size()) == bytes.size() ? 0 : 1);
-    }
-    ::close(pipeEnds[1]);
-    QByteArray said;
-    char buffer[512];
-    for (ssize_t n; (n = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
-        said.append(buffer, n);
-    }
-    ::close(pipeEnds[0]);
-    ::waitpid(child, nullptr, 0);
-    return QString::fromUtf8(said);
+        return testsupport::writeAll(fd, said.toUtf8()) ? 0 : 1;
+    });
+    return QString::fromUtf8(run.told);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // The real serial backend on pseudo-terminals: bytes on the wire as written, reads that never
 // block or lose a byte, the control's errors, a device that goes away; then the serial start
 // routines against stellwyn-sim, with requests checked in the simulator's own log.
+#include "ChildProcess.h"
 #include "PtyPair.h"
 #include "RecordingDialogs.h"
 #include "ScaleCfgFixture.h"
@@ -18,7 +19,6 @@
 #include <grp.h>
 #include <memory>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace stellwyn;
@@ -71,34 +71,17 @@ QStringList startRs232(PortOnPty& com) {
 // The same in a child process that has dropped root for an ordinary user: permissions deny
 // root nothing, so only such a process meets a real denial there.
 QStringList startRs232AsNobody(PortOnPty& com) {
-    int pipeEnds[2];
-    if (::pipe(pipeEnds) != 0) {
-        return {QStringLiteral("no pipe")};
-    }
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(pipeEnds[0]);
+    const testsupport::ChildRun run = testsupport::runInChild([&com](int fd) {
         const gid_t nobody = 65534;
-        int status = 1;
-        if (::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0) {
-            const QByteArray told = startRs232(com).join(u'\n').toUtf8();
-            status = ::write(pipeEnds[1], told.constData(), told.size()) == told.size() ? 0 : 1;
+        if (::setgroups(0, nullptr) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0) {
+            return 1;
         }
-        ::_exit(status);
-    }
-    ::close(pipeEnds[1]);
-    QByteArray told;
-    char buffer[512];
-    for (ssize_t n; (n = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
-        told.append(buffer, n);
-    }
-    ::close(pipeEnds[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        return testsupport::writeAll(fd, startRs232(com).join(u'\n').toUtf8()) ? 0 : 1;
+    });
+    if (!run.exited || run.status != 0) {
         return {QStringLiteral("the child could not become another user")};
     }
-    return QString::fromUtf8(told).split(u'\n');
+    return QString::fromUtf8(run.told).split(u'\n');
 }
 
 // Reads until the text holds a CR, as a scanner does between its yields.
