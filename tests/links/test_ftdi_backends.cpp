@@ -46,7 +46,7 @@ QByteArray allByteValues() {
 }
 
 // Reads one reply as the scanner does: ask how much is queued, then read that much.
-QByteArray readReply(FtdiApi& ftdi, FtHandle handle) {
+QByteArray readReply(FtdiApi& ftdi, FtHandle handle, int timeoutMs = kWireTimeoutMs) {
     QByteArray reply;
     [[maybe_unused]] const bool complete = QTest::qWaitFor(
         [&] {
@@ -60,7 +60,7 @@ QByteArray readReply(FtdiApi& ftdi, FtHandle handle) {
             }
             return reply.contains('\r');
         },
-        kWireTimeoutMs);
+        timeoutMs);
     return reply;
 }
 
@@ -235,21 +235,7 @@ void FtdiBackends::kernel_adapterPulledAndBack_isToldOnceAndScansResume() {
     const auto poll = [&] {
         DWORD written = 0;
         ftdi.FT_Write(handle, request(130), 3, written);
-        QByteArray reply;
-        [[maybe_unused]] const bool answered = QTest::qWaitFor(
-            [&] {
-                DWORD waiting = 0;
-                ftdi.FT_GetQueueStatus(handle, waiting);
-                if (waiting > 0) {
-                    QByteArray got;
-                    DWORD n = 0;
-                    ftdi.FT_Read(handle, got, waiting, n);
-                    reply += got;
-                }
-                return reply.contains('\r');
-            },
-            250);
-        return reply;
+        return readReply(ftdi, handle, 250);
     };
     QTRY_VERIFY_WITH_TIMEOUT(!poll().isEmpty(), kWireTimeoutMs);
 
