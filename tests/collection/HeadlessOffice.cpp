@@ -128,6 +128,8 @@ bool HeadlessOffice::start(QString& error) {
             return false;
         }
     }
+    // As the program does: an office gone away is an exception, not SIGPIPE ending the test.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
         Reference<css::uno::XComponentContext> local =
             cppu::defaultBootstrap_InitialComponentContext();

@@ -27,6 +27,7 @@
 #include <com/sun/star/util/XNumberFormats.hpp>
 #include <com/sun/star/util/XNumberFormatsSupplier.hpp>
 #include <cppuhelper/bootstrap.hxx>
+#include <csignal>
 #include <rtl/bootstrap.hxx>
 #include <vector>
 
@@ -195,6 +196,9 @@ QString CalcSpreadsheetApp::programFolder() {
 std::unique_ptr<SpreadsheetApplication> CalcSpreadsheetApp::attach() {
     try {
         if (!bridge_) {
+            // The bridge writes to the office's pipe; an office that has gone away must be an
+            // exception here, not SIGPIPE ending the whole program.
+            std::signal(SIGPIPE, SIG_IGN);
             auto bridge = std::make_unique<Bridge>();
             // The office's own settings say where its libraries and types are, unless the
             // environment names another office.
