@@ -8,6 +8,7 @@
 #include "core/store/CreateDatabase.h"
 #include "core/store/DataColTable.h"
 #include "core/store/IndicatorConfigTables.h"
+#include "core/store/OrderIndexes.h"
 #include "core/store/ScaleCfgTable.h"
 #include "core/store/StoredValues.h"
 #include "core/store/SysCfg.h"
@@ -130,6 +131,8 @@ private slots:
     void logText_storedInSortableForm();
     void readingImport_longImportLeavesTheOrderIndexes_data();
     void readingImport_longImportLeavesTheOrderIndexes();
+    void orderIndexes_replaceFormerOnesAndServeEveryOrder_data();
+    void orderIndexes_replaceFormerOnesAndServeEveryOrder();
 
     void groups_saveAddsOnceThenRenames();
     void oneRecordTables_saveAddsOnceAndEmptyReadFails();
@@ -589,6 +592,23 @@ void TestStore::logText_storedInSortableForm() {
     QCOMPARE(result.view().toByteArray(), stored);
 }
 
+namespace {
+const QString kCurrentIndexes =
+    QStringLiteral("select count(*) from sqlite_master where type = 'index' and "
+                   "name in ('datacol_datetime', 'datacol_scaleid', 'datacol_reading')");
+const QString kFormerIndexes = QStringLiteral(
+    "select count(*) from sqlite_master where type = 'index' and name like 'datacol_by_%'");
+
+void importRows(Connection& c, int rows) {
+    ReadingImport import(c, rows);
+    for (int i = 0; i < rows; ++i) {
+        const QByteArray reading = QByteArray::number(i % 997);
+        import.add({"130", {}, reading, "1/2/2026", "09:30:15", {}});
+    }
+    import.commit();
+}
+} // namespace
+
 void TestStore::readingImport_longImportLeavesTheOrderIndexes_data() {
     QTest::addColumn<bool>("committed");
     QTest::newRow("committed") << true;
@@ -600,10 +620,7 @@ void TestStore::readingImport_longImportLeavesTheOrderIndexes() {
     TempHome home;
     Connection c = openNew(home);
     prepareReadingStore(c);
-    const QString indexes =
-        QStringLiteral("select count(*) from sqlite_master where type = 'index' and "
-                       "tbl_name = 'datacol' and name like 'datacol_by_%'");
-    QCOMPARE(single(c, indexes).toInt(), 3);
+    QCOMPARE(single(c, kCurrentIndexes).toInt(), 3);
     {
         ReadingImport import(c, 1000000);
         import.add({"130", "2", "  12.5", "1/2/2026", "09:30:15", "TAG17"});
@@ -611,9 +628,56 @@ void TestStore::readingImport_longImportLeavesTheOrderIndexes() {
             import.commit();
         }
     }
-    QCOMPARE(single(c, indexes).toInt(), 3);
+    waitForOrderIndexes();
+    QCOMPARE(single(c, kCurrentIndexes).toInt(), 3);
     QCOMPARE(countReadings(c), committed ? 1 : 0);
     QCOMPARE(readings(c, DataColOrder::byReading).size(), committed ? 1 : 0);
+}
+
+void TestStore::orderIndexes_replaceFormerOnesAndServeEveryOrder_data() {
+    QTest::addColumn<int>("rows");
+    QTest::newRow("short table, built at once") << 10;
+    QTest::newRow("long table, built on their own thread") << 60000;
+}
+
+// Files of earlier versions kept the ID as a key column of each index; the grid's pages must
+// still come from an index in each order, never from a sort of the whole table.
+void TestStore::orderIndexes_replaceFormerOnesAndServeEveryOrder() {
+    QFETCH(int, rows);
+    TempHome home;
+    Connection c = openNew(home);
+    importRows(c, rows);
+    c.run(QStringLiteral("create index datacol_by_datetime on datacol (Date, Time, ID)"));
+    c.run(QStringLiteral("create index datacol_by_reading on datacol (Reading, Date, Time, ID)"));
+    prepareReadingStore(c);
+    waitForOrderIndexes();
+    QCOMPARE(single(c, kFormerIndexes).toInt(), 0);
+    QCOMPARE(single(c, kCurrentIndexes).toInt(), 3);
+    const QStringList orders{QStringLiteral("Date, Time, ID"),
+                             QStringLiteral("ScaleID, Date, Time, ID"),
+                             QStringLiteral("Reading, Date, Time, ID")};
+    for (const QString& keys : orders) {
+        for (const QString& direction : {QString(), QStringLiteral(" desc")}) {
+            const QString order = QString(keys).replace(u',', direction + u',') + direction;
+            QVariantList key{QStringLiteral("2026-01-02"), QStringLiteral("09:30:15"), 1};
+            QStringList marks{QStringLiteral("?"), QStringLiteral("?"), QStringLiteral("?")};
+            if (keys.count(u',') == 3) {
+                key.prepend(QStringLiteral("130"));
+                marks << QStringLiteral("?");
+            }
+            QSqlQuery plan = c.run(QStringLiteral("explain query plan select * from datacol where "
+                                                  "(%1) > (%2) order by %3 limit 256")
+                                       .arg(keys, marks.join(u','), order),
+                                   key);
+            QString steps;
+            while (plan.next()) {
+                steps += plan.value(3).toString() + u';';
+            }
+            QVERIFY2(steps.contains(u"USING INDEX datacol_") && !steps.contains(u"TEMP B-TREE"),
+                     qPrintable(order + QStringLiteral(": ") + steps));
+        }
+    }
+    QCOMPARE(readings(c, DataColOrder::byReading).size(), rows);
 }
 
 void TestStore::groups_saveAddsOnceThenRenames() {

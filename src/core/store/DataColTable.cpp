@@ -1,10 +1,12 @@
 #include "core/store/DataColTable.h"
 
+#include "core/store/OrderIndexes.h"
 #include "core/store/StoredValues.h"
 
 #include <QSqlError>
 #include <algorithm>
 #include <sqlite3.h>
+#include <utility>
 
 namespace stellwyn::core {
 
@@ -82,22 +84,6 @@ QList<DataColRow> rowsOf(QSqlQuery& query) {
         rows << rowAt(query);
     }
     return rows;
-}
-
-// The indexes behind the grid's orders.
-struct OrderIndex {
-    const char* name;
-    const char* columns;
-};
-constexpr OrderIndex kOrderIndexes[] = {
-    {"datacol_by_datetime", "(Date, Time, ID)"},
-    {"datacol_by_scaleid", "(ScaleID, Date, Time, ID)"},
-    {"datacol_by_reading", "(Reading, Date, Time, ID)"},
-};
-
-void createOrderIndex(Connection& connection, const OrderIndex& index) {
-    connection.run(QStringLiteral("create index if not exists %1 on datacol %2")
-                       .arg(QLatin1String(index.name), QLatin1String(index.columns)));
 }
 
 // Below this many rows an import keeps the indexes as they are.
@@ -196,36 +182,20 @@ ReadingImport::ReadingImport(Connection& connection, qint64 expectedRows)
     : connection_(connection), transaction_(connection) {
     // A row goes into each order index at a place of its own, all over the index; building an
     // index anew sorts the whole table once, which costs less than a third as much per row. So
-    // an import that brings at least half as many rows as the table holds drops the indexes and
-    // builds them again before its commit. Inside the transaction: whatever happens, the file
-    // never stands without them.
-    std::vector<int> present;
-    for (int i = 0; i < int(std::size(kOrderIndexes)); ++i) {
-        // Each statement ends before the next: one still open would lock the schema against a drop.
-        if (connection
-                .run(
-                    QStringLiteral("select 1 from sqlite_master where type = 'index' and name = ?"),
-                    {QLatin1String(kOrderIndexes[i].name)})
-                .next()) {
-            present.push_back(i);
-        }
+    // an import that brings at least half as many rows as the table holds drops the indexes,
+    // inside the transaction, and has them built again once its rows are committed.
+    bool indexed = hasOrderIndexes(connection);
+    if (indexed && expectedRows >= kRebuildFrom && countReadings(connection) <= 2 * expectedRows) {
+        dropped_ = dropOrderIndexes(connection);
+        indexed = false;
     }
-    if (!present.empty() && expectedRows >= kRebuildFrom &&
-        countReadings(connection) <= 2 * expectedRows) {
-        for (int i : present) {
-            connection.run(
-                QStringLiteral("drop index %1").arg(QLatin1String(kOrderIndexes[i].name)));
-        }
-        dropped_ = std::move(present);
-        present.clear();
-    }
-    // Without the indexes the rows only go in at the end of the table, and the sorter that builds
-    // the indexes again takes as much memory as the cache is given: a small one keeps the import's
-    // memory flat however long the card, at no cost measured. With them, each row goes into the
-    // indexes' pages all over, which the default cache would write out and read back again and
-    // again; the connection lives for the one import, so the larger cache goes with it.
-    connection.run(present.empty() ? QStringLiteral("pragma cache_size=-8192")
-                                   : QStringLiteral("pragma cache_size=-65536"));
+    // Without the indexes the rows only go in at the end of the table, where a small cache does
+    // as well as a large one and keeps the import's memory flat however long the card. With them,
+    // each row goes into the indexes' pages all over, which the default cache would write out and
+    // read back again and again; the connection lives for the one import, so the larger cache
+    // goes with it.
+    connection.run(indexed ? QStringLiteral("pragma cache_size=-65536")
+                           : QStringLiteral("pragma cache_size=-8192"));
     insert_ = std::make_unique<DataColInsert>(connection);
 }
 
@@ -252,11 +222,12 @@ void ReadingImport::add(const ImportedReading& record) {
 }
 
 void ReadingImport::commit() {
-    for (int i : dropped_) {
-        createOrderIndex(connection_, kOrderIndexes[i]);
-    }
-    dropped_.clear();
     transaction_.commit();
+    // The rows are in and durable; the grid shows them in their order of arrival at once, and
+    // in its sorted orders faster once the indexes stand again.
+    if (std::exchange(dropped_, false)) {
+        buildOrderIndexesLater(connection_.path());
+    }
 }
 
 void deleteAllReadings(Connection& connection) {
@@ -334,9 +305,7 @@ void prepareReadingStore(Connection& connection) {
     // A write-ahead log takes a stored reading to the disk with one sync, and every connection
     // syncs at each commit, so a row is on the disk when its store returns.
     connection.run(QStringLiteral("pragma journal_mode=wal"));
-    for (const OrderIndex& index : kOrderIndexes) {
-        createOrderIndex(connection, index);
-    }
+    ensureOrderIndexes(connection);
 }
 
 } // namespace stellwyn::core

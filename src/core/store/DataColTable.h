@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace stellwyn::core {
 
@@ -71,8 +70,8 @@ private:
     Connection& connection_;
     Transaction transaction_;
     std::unique_ptr<DataColInsert> insert_;
-    // Indexes left out while the rows go in, built again at commit.
-    std::vector<int> dropped_;
+    // The order indexes were left out while the rows go in.
+    bool dropped_ = false;
     // The fields that hold letters beyond ASCII, turned into the store's encoding.
     std::string scratch_[6];
     int stored_ = 0;
@@ -98,7 +97,8 @@ QList<DataColRow> readingsAt(Connection& connection, DataColOrder order, qint64 
 std::optional<QList<DataColRow>> readingsBeside(Connection& connection, DataColOrder order,
                                                 const DataColRow& key, int limit, bool after);
 // Readies the readings file for the screen: its write-ahead log, and the indexes behind the
-// grid's orders. Both are kept by the file; a second call finds them made.
+// grid's orders (built on a thread of their own if the table is long). Both are kept by the
+// file; a second call finds them made.
 void prepareReadingStore(Connection& connection);
 
 } // namespace stellwyn::core
