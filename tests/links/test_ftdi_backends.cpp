@@ -23,6 +23,7 @@ using links::DWORD;
 using links::FT_OK;
 using links::FtdiApi;
 using links::FtHandle;
+using linkstest::allByteValues;
 using linkstest::PtyPair;
 using testsupport::RecordingDialogs;
 
@@ -32,14 +33,6 @@ constexpr int kWireTimeoutMs = 3000;
 
 QByteArray request(int netId) {
     return QByteArray(1, static_cast<char>(netId)) + "\x11" + "1";
-}
-
-QByteArray allByteValues() {
-    QByteArray bytes;
-    for (int b = 0; b < 256; ++b) {
-        bytes.append(static_cast<char>(b));
-    }
-    return bytes;
 }
 
 // Reads one reply as the scanner does: ask how much is queued, then read that much.
