@@ -3,14 +3,10 @@
 #include "Bytes.h"
 #include "FakeSerialPort.h"
 #include "RecordingDialogs.h"
-#include "ScaleCfgFixture.h"
 #include "ScriptedFtdi.h"
-#include "SimProcess.h"
-#include "TempHome.h"
 #include "VirtualTimers.h"
 #include "acquisition/AcquisitionContext.h"
 #include "acquisition/ModeTimers.h"
-#include "acquisition/QtTimerDriver.h"
 #include "acquisition/ReplyWait.h"
 #include "acquisition/Scanners.h"
 #include "core/Clock.h"
@@ -18,14 +14,10 @@
 #include "core/FatalError.h"
 #include "core/Form1Controls.h"
 #include "core/Module1.h"
-#include "core/SettingsStore.h"
-#include "core/store/ConnectionText.h"
-#include "links/KernelFtdi.h"
 #include "links/UsbLink.h"
 #include "sim/Bus.h"
 #include "sim/InProcessLink.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace stellwyn;
@@ -103,7 +95,6 @@ private slots:
     void waits_keepTheirLengthWhenTheWallClockIsSet_data();
     void waits_keepTheirLengthWhenTheWallClockIsSet();
     void usb485Pass_noTickRunsInTheGapBeforeAWrite();
-    void timer1_onTheRealClock_scansTheSimulatorThroughTheKernelBackend();
 };
 
 void ModeTimersTest::timer4_sendsTheReadingRequestOfEachLink_data() {
@@ -438,56 +429,6 @@ void ModeTimersTest::usb485Pass_noTickRunsInTheGapBeforeAWrite() {
     }
     QCOMPARE(writes, 2);
     QVERIFY(!writeAfter);
-}
-
-void ModeTimersTest::timer1_onTheRealClock_scansTheSimulatorThroughTheKernelBackend() {
-    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("addressed"),
-                               QStringLiteral("--ids"), QStringLiteral("130,131"),
-                               QStringLiteral("--set"), QStringLiteral("weight 130 12.5"),
-                               QStringLiteral("--set"), QStringLiteral("weight 131 7.5")});
-    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
-    testsupport::TempHome home;
-    core::SettingsStore settings(home.file(QStringLiteral("stellwyn.ini")));
-    settings.saveSetting(QStringLiteral("USB"), QStringLiteral("Devices"), sim.slavePath());
-    linkstest::makeScaleCfg(home.path(), QStringLiteral("svdata.mdb"),
-                            linkstest::scaleRows(QStringLiteral("RS485/130 RS485/131")));
-
-    core::RealClock clock;
-    core::Module1 m;
-    core::Form1Controls f;
-    testsupport::RecordingDialogs dialogs;
-    acquisition::AcquisitionContext context{m, f, clock, {}, {}};
-    links::KernelFtdi ftdi(settings);
-    links::UsbLink usb(m, ftdi, dialogs);
-    context.links = {nullptr, &ftdi, &usb};
-    acquisition::Scanners scanners(context);
-    ModeTimers timers(context, scanners);
-    timers.attach();
-    acquisition::QtTimerDriver driver;
-    for (int i = 0; i < core::timer1Count; ++i) {
-        driver.drive(f.Timer1[i]);
-    }
-    m.commtype = QStringLiteral("USB485");
-    m.cfgconn = core::connectionText(home.path());
-    m.netdeltime = 0.01;
-    f.txt_polltime.text = QStringLiteral(".1");
-    usb.usb485_start();
-    QCOMPARE(dialogs.said, QStringList{});
-    QCOMPARE(m.scalecount, 2);
-
-    f.opt_network.setValue(true);
-    QTRY_VERIFY_WITH_TIMEOUT(m.scaleweight[0].contains(QStringLiteral("12.5")) &&
-                                 m.scaleweight[1].contains(QStringLiteral("7.5")),
-                             5000);
-    f.opt_single.setValue(true);
-    // The passes asked each scale in turn and nothing else; the last pass may have been cut
-    // short by the change of mode.
-    QByteArray turns = sim.received();
-    turns.replace(bytes({0x82, 0x11, '1'}), "a");
-    turns.replace(bytes({0x83, 0x11, '1'}), "b");
-    QVERIFY2(turns.size() >= 2 && QString::fromLatin1(turns).contains(
-                                      QRegularExpression(QStringLiteral("^(ab)+a?$"))),
-             turns.toHex(' ').constData());
 }
 
 QTEST_GUILESS_MAIN(ModeTimersTest)

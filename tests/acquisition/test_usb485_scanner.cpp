@@ -173,9 +173,6 @@ void Usb485ScannerTest::markers_readInOrder_data() {
     QTest::newRow("D hides what follows") << "  12.5D 99\r\n"
                                           << 0 << true << "  12.5"
                                           << "" << true;
-    QTest::newRow("no #") << "!TAG   12.5\r\n"
-                          << 0 << false << ""
-                          << "" << false;
     QTest::newRow("# in front of !") << "#1!TAG 12.5\r\n"
                                      << 0 << false << ""
                                      << "" << false;

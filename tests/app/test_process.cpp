@@ -86,16 +86,6 @@ void Process::createDatabase_makesBothFilesAndNeverOverwrites() {
     QCOMPARE(r.status, 0);
     QVERIFY(r.out.contains(QStringLiteral("already exists")));
     QCOMPARE(digest(home.file(QStringLiteral("svdata.mdb"))), before);
-
-    // The made home starts with nothing to say.
-    QProcess first;
-    first.start(program(), {QStringLiteral("--home"), home.path(), QStringLiteral("--unattended")});
-    QVERIFY(first.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(home.exists(QStringLiteral("stellwyn.lock")), 20000);
-    QTest::qWait(300);
-    first.terminate();
-    first.waitForFinished(10000);
-    QCOMPARE(QString::fromLocal8Bit(first.readAllStandardError()), QString());
 }
 
 void Process::secondInstance_refusedWhileFirstRuns() {

@@ -76,11 +76,9 @@ private slots:
     void start_withDatabase_compactsAndLeavesNoTempFile();
     void start_cfgFolderWithComma_usesThePartBeforeIt();
     void start_chooserPicksFolder_takesEffect();
-    void start_secondInstanceInSameHome_refused();
     void start_lockCannotBeMade_isFatalNamingTheFolder();
     void loadsettings_values_data();
     void loadsettings_values();
-    void loadsettings_emptySysCfg_isFatal();
     void loadsettings_takesEachKeyFromItsOwnColumnAndNoOther();
     void frame_placeFromSettings_liesOnTheScreen_data();
     void frame_placeFromSettings_liesOnTheScreen();
@@ -163,19 +161,6 @@ void Startup_::start_chooserPicksFolder_takesEffect() {
     QCOMPARE(s.m.datapath, data.path());
     QCOMPARE(s.m.commtype, QStringLiteral("USB485"));
     QCOMPARE(program.read(QStringLiteral("cfg.txt")), data.path().toLocal8Bit() + '\n');
-}
-
-void Startup_::start_secondInstanceInSameHome_refused() {
-    TempHome folder;
-    core::createDatabase(folder.path());
-    Startup first(folder);
-    QVERIFY(first.main.run());
-    Startup second(folder);
-    QVERIFY(!second.main.run());
-    QCOMPARE(second.dialogs.said,
-             (QStringList{QStringLiteral("beep"),
-                          QStringLiteral("message: There is already a previous instance of the "
-                                         "Stellwyn program running.")}));
 }
 
 // Nothing can be made where a file stands in for the program's folder, whoever runs the test.
@@ -288,18 +273,6 @@ void Startup_::loadsettings_takesEachKeyFromItsOwnColumnAndNoOther() {
     QCOMPARE(m.netdeltime, 0.07);
     QCOMPARE(m.datacolenbstart, core::vbTrue);
     QCOMPARE(m.commsettings, QStringLiteral("9600,N,8,1"));
-}
-
-void Startup_::loadsettings_emptySysCfg_isFatal() {
-    TempHome folder;
-    core::createDatabase(folder.path());
-    {
-        core::Connection c = core::Connection::open(core::connectionText(folder.path()));
-        c.run(QStringLiteral("delete from syscfg"));
-    }
-    core::Module1 m;
-    m.cfgconn = core::connectionText(folder.path());
-    QVERIFY_THROWS_EXCEPTION(core::FatalError, core::loadsettings(m));
 }
 
 // Places in twips at 96 dots per inch (15 twips a pixel) on a screen of 1000 x 800 at 0, 0.

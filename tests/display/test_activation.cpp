@@ -116,11 +116,8 @@ private slots:
     void activation_eachLink();
     void activation_twice_startsTheLinkOnce_data();
     void activation_twice_startsTheLinkOnce();
-    void combo1_listsScalesInTableOrder();
     void rs232_emptyTable_getsItsFirstRowFromAdddefrec();
     void usb_opensEachScaleAndKeepsItsRow();
-    void usbScaleOpenFails_leavesTheScreenUpWithNothingRunning();
-    void lowerPanes_setTheFormHeight();
     void exit_stopsEverythingAndKeepsTheAdapterForTheNextScreen();
     void rfnet_runsRfSetupAfterAFailedLink();
     void netIdThatIsNoByte_isToldAndNeverSent_data();
@@ -286,35 +283,15 @@ void ActivationTest::activation_twice_startsTheLinkOnce() {
     QVERIFY(s.dialogs.said.isEmpty());
 }
 
-void ActivationTest::combo1_listsScalesInTableOrder() {
-    ScreenFixture s(QStringLiteral("USB485"), QStringLiteral("RS485/132 RS485/130 RS485/131"));
-    s.ftdi.devices = {{"A1", "adapter"}};
-    display::Form1& form = s.newForm();
-    form.Form_Load();
-    form.Form_Activate();
-    const QStringList expected{"SCALE RS485 ID#130", "SCALE RS485 ID#131", "SCALE RS485 ID#132"};
-    QCOMPARE(s.f().Combo1.items(), expected);
-    for (int i = 0; i < expected.size(); ++i) {
-        QCOMPARE(s.f().NetList.text(i + 1, 0), expected[i]);
-        QCOMPARE(s.m.netid[i], 130 + i);
-    }
-}
-
 void ActivationTest::rs232_emptyTable_getsItsFirstRowFromAdddefrec() {
     ScreenFixture s(QStringLiteral("RS232"));
     display::Form1& form = s.newForm();
     form.Form_Load();
     form.Form_Activate();
+    // The row's own fields are the store's to check; here, that the screen's entry is that row.
+    QCOMPARE(s.scaleCfgRows(), QStringList{"RS232/Unknown"});
     auto connection = core::Connection::open(s.home.file(QStringLiteral("svdata.mdb")));
-    const QList<core::ScaleCfgRow> rows = core::allScaleCfg(connection);
-    QCOMPARE(rows.size(), 1);
-    QCOMPARE(rows[0].sctype, QStringLiteral("RS232"));
-    QCOMPARE(rows[0].serialNo, QStringLiteral("Unknown"));
-    QCOMPARE(rows[0].description, QStringLiteral("Scale - RS232"));
-    QVERIFY(rows[0].active);
-    QCOMPARE(rows[0].polltime.toDouble(), 0.5);
-    QCOMPARE(rows[0].baud.toInt(), 9600);
-    QCOMPARE(s.m.scaleid[0], static_cast<std::int32_t>(rows[0].id));
+    QCOMPARE(s.m.scaleid[0], static_cast<std::int32_t>(core::allScaleCfg(connection)[0].id));
     QCOMPARE(s.m.scaleactive[0], core::vbTrue);
 
     // A second screen finds the row by its serial number and adds none.
@@ -340,41 +317,6 @@ void ActivationTest::usb_opensEachScaleAndKeepsItsRow() {
     QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_SetBaudRate")).size(), 2);
     // Nothing runs until the operator picks a mode.
     QVERIFY(!s.f().Timer2.running() && !s.f().Timer1[0].running());
-}
-
-void ActivationTest::usbScaleOpenFails_leavesTheScreenUpWithNothingRunning() {
-    ScreenFixture s(QStringLiteral("USB"));
-    s.ftdi.devices = {{"A1", "scale a"}, {"B2", "scale b"}};
-    display::Form1& form = s.newForm();
-    form.Form_Load();
-    form.Form_Activate();
-    // The adapter holds device 0; scale 0's open meets it in use, and scale 1 is not tried.
-    QCOMPARE(s.dialogs.said, QStringList{line("Open Failed")});
-    QVERIFY(form.isVisible());
-    QCOMPARE(s.m.formactive, core::vbTrue);
-    QVERIFY(s.f().Combo1.items().isEmpty());
-    QCOMPARE(s.ftdi.calls.filter(QStringLiteral("FT_Open")),
-             (QStringList{"FT_Open 0", "FT_Open 0"}));
-    QVERIFY(!s.f().Timer2.running() && !s.f().Timer1[0].running());
-}
-
-void ActivationTest::lowerPanes_setTheFormHeight() {
-    ScreenFixture s(QStringLiteral("RS232"));
-    display::Form1& form = s.newForm();
-    form.Form_Load();
-    form.Form_Activate();
-    core::Form1Controls& f = s.f();
-    QCOMPARE(f.height, 5905);
-    QVERIFY(!f.netwindowVisible && !f.datawindowVisible);
-    f.opt_netscan.setValue(true);
-    QCOMPARE(f.height, 8050);
-    QVERIFY(f.netwindowVisible && !f.datawindowVisible);
-    QCOMPARE(QList<int>({f.left, f.top, f.width}), QList<int>({330, 270, 12540}));
-    f.opt_none.setValue(true);
-    QCOMPARE(f.height, 5905);
-    f.opt_datacol.setValue(true);
-    QCOMPARE(f.height, 8050);
-    QVERIFY(!f.netwindowVisible && f.datawindowVisible);
 }
 
 void ActivationTest::exit_stopsEverythingAndKeepsTheAdapterForTheNextScreen() {

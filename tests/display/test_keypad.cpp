@@ -1,5 +1,6 @@
 // The keypad on the picture: which key a point hits, the beep on a miss, and the bytes each
-// link sends for a key, at once or at the next network pass.
+// link sends for a key at once, or the key left pending for the next network pass (whose
+// sending is the mode timers' test).
 #include "Bytes.h"
 #include "ScreenFixture.h"
 #include "display/Keypad.h"
@@ -20,7 +21,6 @@ private slots:
     void click_missBeepsAndSendsNothing();
     void click_sendsTheKeyOnEachLink_data();
     void click_sendsTheKeyOnEachLink();
-    void pendingKey_goesOutWithTheNextPass();
 };
 
 void KeypadTest::keyAt_bandsIncludeBothEnds_data() {
@@ -123,23 +123,6 @@ void KeypadTest::click_sendsTheKeyOnEachLink() {
     QCOMPARE(s.m.keypending, pending > 0 ? 1 : 0);
     QCOMPARE(s.m.keycode, pending);
     QVERIFY(s.dialogs.said.isEmpty());
-}
-
-void KeypadTest::pendingKey_goesOutWithTheNextPass() {
-    displaytest::ScreenFixture s(QStringLiteral("USB485"), QStringLiteral("RS485/130"));
-    s.ftdi.devices = {{"A1", "adapter"}};
-    display::Form1& form = s.newForm();
-    form.Form_Load();
-    form.Form_Activate();
-    form.keypad().vsElastic1_MouseMove(8000, 4000);
-    form.keypad().vsElastic1_Click();
-    QCOMPARE(s.m.keypending, 1);
-    QVERIFY(s.adapterBytes().isEmpty());
-    s.timers->runFor(0.4);
-    // The key before the request, and no key twice.
-    QVERIFY(s.adapterBytes().startsWith(bytes({0x82, 0x11, 'E', 0x82, 0x11, '1'})));
-    QCOMPARE(s.adapterBytes().count('E'), 1);
-    QCOMPARE(s.m.keypending, 0);
 }
 
 QTEST_GUILESS_MAIN(KeypadTest)

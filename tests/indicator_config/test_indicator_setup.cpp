@@ -127,10 +127,13 @@ QString at(double t, const QByteArray& bytes) {
 }
 
 const QByteArray cr("\r");
-const QByteArray id130("\x82");
 
-QByteArray times(const QByteArray& bytes, int n) {
-    return bytes.repeated(n);
+// Frames on the adapter to NetID 130: a write of one setup item, a request of one code.
+QByteArray up(char code) {
+    return QByteArray("\x82\x12") + code;
+}
+QByteArray ask(char code) {
+    return QByteArray("\x82\x11") + code;
 }
 
 } // namespace
@@ -164,34 +167,16 @@ void IndicatorSetupTest::writes_putFramesOnTheWire_data() {
     const QByteArray nul(1, '\0');
     QStringList rs232Group = {at(0.0, "!U1" + v1 + v2 + cr), at(0.4, "!U0" + v3 + cr + v4 + cr),
                               at(0.8, "!U9" + v5 + v6 + cr), at(1.2, "!U2" + cr)};
-    QStringList usbGroup = {at(0.0, id130 +
-                                        "\x12"
-                                        "1" +
-                                        v1 + v2 + cr),
-                            at(0.4, id130 +
-                                        "\x12"
-                                        "0" +
-                                        v3 + cr),
-                            at(0.8, id130 +
-                                        "\x12"
-                                        "I" +
-                                        v4 + cr),
-                            at(1.2, id130 +
-                                        "\x12"
-                                        "9" +
-                                        v5 + v6 + cr),
-                            at(1.6, id130 +
-                                        "\x12"
-                                        "2" +
-                                        cr)};
+    QStringList usbGroup = {at(0.0, up('1') + v1 + v2 + cr), at(0.4, up('0') + v3 + cr),
+                            at(0.8, up('I') + v4 + cr), at(1.2, up('9') + v5 + v6 + cr),
+                            at(1.6, up('2') + cr)};
     for (int n = 0; n < 6; ++n) {
         const char code = static_cast<char>('3' + n);
         rs232Group << at(1.6 + 0.4 * n, "!U" + QByteArray(1, code) + nul);
-        usbGroup << at(2.0 + 0.4 * n, times(id130 + "\x12" + QByteArray(1, code) + nul, 4));
+        usbGroup << at(2.0 + 0.4 * n, (up(code) + nul).repeated(4));
     }
     rs232Group << at(5.2, "*S");
-    usbGroup << at(5.6, id130 + "\x11"
-                                "S");
+    usbGroup << at(5.6, ask('S'));
     QTest::newRow("group, RS232") << "RS232"
                                   << "group" << rs232Group << 6.8;
     QTest::newRow("group, USB485") << "USB485"
@@ -202,14 +187,14 @@ void IndicatorSetupTest::writes_putFramesOnTheWire_data() {
     QStringList rs232Oc;
     QStringList usbOc;
     for (int n = 0; n < 8; ++n) {
-        const QByteArray code(1, static_cast<char>('A' + n));
+        const char code = static_cast<char>('A' + n);
         const int slotWrites = n == 7 ? 2 : 6;
-        rs232Oc << at(0.4 * n, "!U" + code + times(cr, n < 6 ? 1 : slotWrites + 1));
-        usbOc << at(0.4 * n, times(id130 + "\x12" + code, slotWrites + 1) + cr);
+        rs232Oc << at(0.4 * n,
+                      "!U" + QByteArray(1, code) + cr.repeated(n < 6 ? 1 : slotWrites + 1));
+        usbOc << at(0.4 * n, up(code).repeated(slotWrites + 1) + cr);
     }
     rs232Oc << at(4.4, "*S");
-    usbOc << at(4.4, id130 + "\x11"
-                             "S");
+    usbOc << at(4.4, ask('S'));
     QTest::newRow("output, RS232") << "RS232"
                                    << "output" << rs232Oc << 6.0;
     QTest::newRow("output, USB485") << "USB485"
@@ -382,10 +367,8 @@ void IndicatorSetupTest::groupSetup_travelsScaleToDatabaseAndBack() {
     QCOMPARE(fresh.setup.save_screen_to_scale(id), std::int16_t(0));
     fresh.settle();
 
-    QCOMPARE(fresh.frames.first(), at(0.0, (commtype == u"RS232" ? QByteArray("!U1")
-                                                                 : id130 + "\x12"
-                                                                           "1") +
-                                               "100.0111.1" + cr));
+    QCOMPARE(fresh.frames.first(),
+             at(0.0, (commtype == u"RS232" ? QByteArray("!U1") : up('1')) + "100.0111.1" + cr));
     QCOMPARE(fresh.indicator().groupWords().mid(31, 6), words.mid(31, 6));
     QCOMPARE(fresh.setup.pane().frame.caption,
              commtype == u"RS232" ? QStringLiteral("Database Group Setup for  Scale 130")
@@ -437,10 +420,7 @@ void IndicatorSetupTest::resetTotals_clearsThenReads() {
     s.setup.reset_totals();
 
     // The clear, then 2.4 seconds for the indicator and the read's own 1.2 seconds.
-    QCOMPARE(s.frames, (QStringList{at(0.0, id130 + "\x11"
-                                                    "R"),
-                                    at(3.6, id130 + "\x11"
-                                                    "T")}));
+    QCOMPARE(s.frames, (QStringList{at(0.0, ask('R')), at(3.6, ask('T'))}));
     QCOMPARE(s.setup.totalsWords().value(0), QStringLiteral("0"));
     QCOMPARE(s.setup.pane().frame.caption, QStringLiteral("Group Totals - Scale 130"));
     QVERIFY(s.f.Timer1[0].running());

@@ -69,4 +69,12 @@ void PtyPair::hangUp() {
     }
 }
 
+QByteArray allByteValues() {
+    QByteArray bytes;
+    for (int b = 0; b < 256; ++b) {
+        bytes.append(static_cast<char>(b));
+    }
+    return bytes;
+}
+
 } // namespace stellwyn::linkstest

@@ -28,4 +28,7 @@ private:
     QString slavePath_;
 };
 
+// The 256 byte values in order, for checks that a line passes every byte untouched.
+QByteArray allByteValues();
+
 } // namespace stellwyn::linkstest

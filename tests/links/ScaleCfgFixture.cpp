@@ -1,5 +1,6 @@
 #include "ScaleCfgFixture.h"
 
+#include "core/Module1.h"
 #include "core/store/Connection.h"
 #include "core/store/CreateDatabase.h"
 #include "core/store/ScaleCfgTable.h"
@@ -34,6 +35,18 @@ QList<ScaleRow> scaleRows(const QString& text) {
         rows << row;
     }
     return rows;
+}
+
+QStringList scaleTable(const core::Module1& m) {
+    QStringList entries;
+    for (int i = 0; i < m.scalecount; ++i) {
+        entries << QStringLiteral("%1|%2|%3|%4|%5")
+                       .arg(m.netid[i])
+                       .arg(m.scaledesc[i], m.scaleserial[i])
+                       .arg(m.usbdevindex[i])
+                       .arg(m.scalemark[i]);
+    }
+    return entries;
 }
 
 } // namespace stellwyn::linkstest

@@ -1,15 +1,13 @@
 // The kernel backend on pseudo-terminals (its device list, bytes both ways, purge, one holder
-// per device, and a network scan against stellwyn-sim), the simulated bus in this process on
-// the virtual clock, and the choice of backend by the settings store.
+// per device), the simulated adapter's reads on the virtual clock, and the choice of backend by
+// the settings store. A scan through the kernel backend, and an adapter pulled and put back,
+// are the screen's end-to-end test's.
 #include "PtyPair.h"
 #include "RecordingDialogs.h"
-#include "ScaleCfgFixture.h"
-#include "SimProcess.h"
 #include "TempHome.h"
 #include "core/Clock.h"
 #include "core/Module1.h"
 #include "core/SettingsStore.h"
-#include "core/store/ConnectionText.h"
 #include "links/D2xxFtdi.h"
 #include "links/FtdiFactory.h"
 #include "links/KernelDeviceList.h"
@@ -17,7 +15,6 @@
 #include "links/SimFtdi.h"
 #include "links/UsbLink.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 #include <memory>
 
@@ -26,6 +23,7 @@ using links::DWORD;
 using links::FT_OK;
 using links::FtdiApi;
 using links::FtHandle;
+using linkstest::allByteValues;
 using linkstest::PtyPair;
 using testsupport::RecordingDialogs;
 
@@ -37,16 +35,8 @@ QByteArray request(int netId) {
     return QByteArray(1, static_cast<char>(netId)) + "\x11" + "1";
 }
 
-QByteArray allByteValues() {
-    QByteArray bytes;
-    for (int b = 0; b < 256; ++b) {
-        bytes.append(static_cast<char>(b));
-    }
-    return bytes;
-}
-
 // Reads one reply as the scanner does: ask how much is queued, then read that much.
-QByteArray readReply(FtdiApi& ftdi, FtHandle handle, int timeoutMs = kWireTimeoutMs) {
+QByteArray readReply(FtdiApi& ftdi, FtHandle handle) {
     QByteArray reply;
     [[maybe_unused]] const bool complete = QTest::qWaitFor(
         [&] {
@@ -60,7 +50,7 @@ QByteArray readReply(FtdiApi& ftdi, FtHandle handle, int timeoutMs = kWireTimeou
             }
             return reply.contains('\r');
         },
-        timeoutMs);
+        kWireTimeoutMs);
     return reply;
 }
 
@@ -72,12 +62,6 @@ struct Station {
 
     void usbSetting(const char* key, const QString& value) {
         settings.saveSetting(QStringLiteral("USB"), QString::fromLatin1(key), value);
-    }
-    void networkRows(const QString& rows) {
-        linkstest::makeScaleCfg(home.path(), QStringLiteral("svdata.mdb"),
-                                linkstest::scaleRows(rows));
-        m.commtype = QStringLiteral("USB485");
-        m.cfgconn = core::connectionText(home.path());
     }
 };
 
@@ -91,9 +75,6 @@ private slots:
     void kernel_portNamesInReadingOrder();
     void kernel_bytesPassBothWaysAndPurgeEmpties();
     void kernel_oneHolderPerDevice();
-    void kernel_usb485_scansTheSimulatorNetwork();
-    void kernel_adapterPulledAndBack_isToldOnceAndScansResume();
-    void sim_usb485_scansTheBusOnTheVirtualClock();
     void sim_readWaitsOnTheClockUpToItsTimeout();
     void factory_picksTheBackendOfTheSettings_data();
     void factory_picksTheBackendOfTheSettings();
@@ -184,106 +165,6 @@ void FtdiBackends::kernel_oneHolderPerDevice() {
     QCOMPARE(ftdi.FT_Close(first), FT_OK);
     QCOMPARE(ftdi.FT_Close(first), links::FT_INVALID_HANDLE);
     QCOMPARE(ftdi.FT_Open(0, second), FT_OK);
-}
-
-void FtdiBackends::kernel_usb485_scansTheSimulatorNetwork() {
-    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("addressed"),
-                               QStringLiteral("--ids"), QStringLiteral("130,131,132")});
-    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
-    Station s;
-    s.usbSetting("Devices", sim.slavePath());
-    s.networkRows(QStringLiteral("RS485/132 RS485/130 RS485/131-"));
-    links::KernelFtdi ftdi(s.settings);
-    links::UsbLink link(s.m, ftdi, s.dialogs);
-
-    link.usb485_start();
-    QCOMPARE(s.dialogs.said, QStringList{});
-    QCOMPARE(s.m.scalecount, 2);
-
-    QByteArray sent;
-    for (int i = 0; i < s.m.scalecount; ++i) {
-        // The network scan sends its three bytes in one write.
-        DWORD written = 0;
-        ftdi.FT_Write(s.m.usbhandle, request(s.m.netid[i]), 3, written);
-        sent += request(s.m.netid[i]);
-        const QByteArray reply = readReply(ftdi, s.m.usbhandle);
-        QVERIFY2(!reply.isEmpty(), "no reply");
-        QCOMPARE(static_cast<unsigned char>(reply.at(0)), static_cast<unsigned char>(s.m.netid[i]));
-    }
-    QCOMPARE(sent, request(130) + request(132));
-    QTRY_COMPARE_WITH_TIMEOUT(sim.received(), sent, kWireTimeoutMs);
-}
-
-// The simulator's terminal closes and opens again under the same name, as an adapter
-// pulled out and put back shows under /dev/serial/by-id.
-void FtdiBackends::kernel_adapterPulledAndBack_isToldOnceAndScansResume() {
-    QTemporaryDir dir;
-    const QString name = dir.filePath(QStringLiteral("usb-Corvane_adapter-if00-port0"));
-    const QStringList arguments{QStringLiteral("--mode"), QStringLiteral("addressed"),
-                                QStringLiteral("--ids"),  QStringLiteral("130"),
-                                QStringLiteral("--link"), name};
-    auto sim = std::make_unique<linkstest::SimProcess>(arguments);
-    QVERIFY2(!sim->slavePath().isEmpty(), qPrintable(sim->errorText()));
-    Station s;
-    s.usbSetting("Devices", name);
-    QStringList told;
-    links::KernelFtdi ftdi(s.settings, [&told](const QString& text) { told << text; });
-    FtHandle handle = 0;
-    QCOMPARE(ftdi.FT_Open(0, handle), FT_OK);
-    QCOMPARE(ftdi.FT_SetBaudRate(handle, 9600), FT_OK);
-    // One request and a short wait for its reply, as a scan gives each scale.
-    const auto poll = [&] {
-        DWORD written = 0;
-        ftdi.FT_Write(handle, request(130), 3, written);
-        return readReply(ftdi, handle, 250);
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(!poll().isEmpty(), kWireTimeoutMs);
-
-    sim.reset();
-    for (int i = 0; i < 5; ++i) {
-        QVERIFY(poll().isEmpty());
-    }
-    QCOMPARE(told.size(), 1);
-    QVERIFY2(told[0].contains(name) && told[0].contains(QLatin1String("gone")),
-             qPrintable(told[0]));
-
-    sim = std::make_unique<linkstest::SimProcess>(arguments);
-    QVERIFY2(!sim->slavePath().isEmpty(), qPrintable(sim->errorText()));
-    QTRY_VERIFY_WITH_TIMEOUT(!poll().isEmpty(), 3 * kWireTimeoutMs);
-    QCOMPARE(told.size(), 2);
-    QVERIFY2(told[1].contains(QLatin1String("back")), qPrintable(told[1]));
-    // The line it had is the line it has again.
-    DWORD status = 0;
-    QCOMPARE(ftdi.FT_GetModemStatus(handle, status), FT_OK);
-}
-
-void FtdiBackends::sim_usb485_scansTheBusOnTheVirtualClock() {
-    core::VirtualClock clock;
-    Station s;
-    s.networkRows(QStringLiteral("RS485/131 RS485/130"));
-    links::SimFtdi ftdi({130, 131, 132}, clock);
-    links::UsbLink link(s.m, ftdi, s.dialogs);
-
-    link.usb485_start();
-    QCOMPARE(s.dialogs.said, QStringList{});
-    QCOMPARE(s.m.scalecount, 2);
-
-    for (int i = 0; i < s.m.scalecount; ++i) {
-        link.usb_write(request(s.m.netid[i]));
-        DWORD waiting = 0;
-        // Nothing has crossed the line until time passes on it.
-        QCOMPARE((ftdi.FT_GetQueueStatus(s.m.usbhandle, waiting), waiting), DWORD(0));
-        clock.advance(0.1);
-        QCOMPARE((ftdi.FT_GetQueueStatus(s.m.usbhandle, waiting), waiting), DWORD(11));
-        QByteArray cell;
-        DWORD n = 0;
-        QCOMPARE(ftdi.FT_Read(s.m.usbhandle, cell, waiting, n), FT_OK);
-        QCOMPARE(static_cast<unsigned char>(cell.at(0)), static_cast<unsigned char>(s.m.netid[i]));
-        QVERIFY(cell.endsWith("\r\n"));
-    }
-    QCOMPARE(ftdi.bus().find(130)->requests(), QByteArray("1"));
-    QCOMPARE(ftdi.bus().find(131)->requests(), QByteArray("1"));
-    QCOMPARE(ftdi.bus().find(132)->requests(), QByteArray());
 }
 
 void FtdiBackends::sim_readWaitsOnTheClockUpToItsTimeout() {

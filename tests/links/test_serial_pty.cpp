@@ -1,11 +1,9 @@
 // The real serial backend on pseudo-terminals: bytes on the wire as written, reads that never
-// block or lose a byte, the control's errors, a device that goes away; then the serial start
-// routines against stellwyn-sim, with requests checked in the simulator's own log.
+// block or lose a byte, the control's errors, a device that goes away, and why a port is
+// refused. The program talking to the simulator over it is the screen's end-to-end test's.
 #include "ChildProcess.h"
 #include "PtyPair.h"
 #include "RecordingDialogs.h"
-#include "ScaleCfgFixture.h"
-#include "SimProcess.h"
 #include "TempHome.h"
 #include "core/AppHome.h"
 #include "core/Module1.h"
@@ -22,6 +20,7 @@
 #include <unistd.h>
 
 using namespace stellwyn;
+using linkstest::allByteValues;
 using linkstest::PtyPair;
 
 namespace {
@@ -43,14 +42,6 @@ struct PortOnPty {
         port->PortOpen(true);
     }
 };
-
-QByteArray allByteValues() {
-    QByteArray bytes;
-    for (int b = 0; b < 256; ++b) {
-        bytes.append(static_cast<char>(b));
-    }
-    return bytes;
-}
 
 // Starts RS-232 on COM1 and gives what the operator was told, the status bar's lines last.
 QStringList startRs232(PortOnPty& com) {
@@ -84,20 +75,6 @@ QStringList startRs232AsNobody(PortOnPty& com) {
     return QString::fromUtf8(run.told).split(u'\n');
 }
 
-// Reads until the text holds a CR, as a scanner does between its yields.
-QByteArray readReply(links::SerialPort& port) {
-    QByteArray reply;
-    [[maybe_unused]] const bool complete = QTest::qWaitFor(
-        [&] {
-            if (port.InBufferCount() > 0) {
-                reply += port.Input();
-            }
-            return reply.contains('\r');
-        },
-        kWireTimeoutMs);
-    return reply;
-}
-
 } // namespace
 
 class SerialPty : public QObject {
@@ -113,8 +90,6 @@ private slots:
     void unpluggedDevice_isSilence();
     void rs232_start_portRefused_saysWhy_data();
     void rs232_start_portRefused_saysWhy();
-    void rs232_start_talksToTheSimulator();
-    void rs485_start_talksToTheSimulatorNetwork();
 };
 
 void SerialPty::output_reachesTheWireAsWritten_data() {
@@ -290,62 +265,6 @@ void SerialPty::rs232_start_portRefused_saysWhy() {
     const QString status = QStringLiteral("status: Port COM1 is not available: ") + why.arg(path);
     QVERIFY2(told[1].startsWith(status), qPrintable(told[1]));
     QCOMPARE(told[1].contains(QStringLiteral("dialout")), device == u"denied");
-}
-
-void SerialPty::rs232_start_talksToTheSimulator() {
-    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("rs232")});
-    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
-    PortOnPty com(sim.slavePath());
-    core::AppHome home(com.home.path());
-    core::Module1 m;
-    m.commport = 1;
-    m.commsettings = QStringLiteral("9600,N,8,1");
-    testsupport::RecordingDialogs dialogs;
-
-    links::SerialLink(m, *com.port, dialogs, home).rs232_start();
-    QCOMPARE(dialogs.said, QStringList{});
-    QCOMPARE(m.scalecount, 1);
-
-    com.port->Output("*");
-    com.port->Output("P");
-    const QByteArray reply = readReply(*com.port);
-
-    QVERIFY2(reply.contains('\r'), reply.toHex(' ').constData());
-    QTRY_COMPARE_WITH_TIMEOUT(sim.received(), QByteArray("*P"), kWireTimeoutMs);
-}
-
-void SerialPty::rs485_start_talksToTheSimulatorNetwork() {
-    linkstest::SimProcess sim({QStringLiteral("--mode"), QStringLiteral("addressed"),
-                               QStringLiteral("--ids"), QStringLiteral("130,131")});
-    QVERIFY2(!sim.slavePath().isEmpty(), qPrintable(sim.errorText()));
-    PortOnPty com(sim.slavePath());
-    linkstest::makeScaleCfg(com.home.path(), QStringLiteral("sccfg.mdb"),
-                            linkstest::scaleRows(QStringLiteral("RS485/131 RS485/130")));
-    core::AppHome home(com.home.path());
-    core::Module1 m;
-    m.commport = 1;
-    testsupport::RecordingDialogs dialogs;
-
-    links::SerialLink(m, *com.port, dialogs, home).rs485_start();
-    QCOMPARE(dialogs.said, QStringList{});
-    QCOMPARE(m.scalecount, 2);
-
-    QByteArray sent;
-    for (int i = 0; i < m.scalecount; ++i) {
-        const QByteArray request = QByteArray(1, static_cast<char>(m.netid[i])) + "\x11" + "1";
-        // One assignment per piece, as the scan sends them.
-        for (const char b : request) {
-            com.port->Output(QByteArray(1, b));
-        }
-        sent += request;
-        const QByteArray reply = readReply(*com.port);
-        QVERIFY2(!reply.isEmpty(), "no reply");
-        QCOMPARE(static_cast<unsigned char>(reply.at(0)), static_cast<unsigned char>(m.netid[i]));
-    }
-    QCOMPARE(sent, QByteArray("\x82\x11"
-                              "1\x83\x11"
-                              "1"));
-    QTRY_COMPARE_WITH_TIMEOUT(sim.received(), sent, kWireTimeoutMs);
 }
 
 QTEST_GUILESS_MAIN(SerialPty)

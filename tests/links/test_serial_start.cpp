@@ -5,12 +5,9 @@
 #include "ScaleCfgFixture.h"
 #include "TempHome.h"
 #include "core/AppHome.h"
-#include "core/Clock.h"
 #include "core/FatalError.h"
 #include "core/Module1.h"
 #include "links/SerialLink.h"
-#include "sim/Bus.h"
-#include "sim/InProcessLink.h"
 
 #include <QTest>
 
@@ -28,18 +25,6 @@ const QString kZeroMessage = QStringLiteral(
     "message:  One of the RS485 scales has a Net ID of 0. Please close this screen and correct "
     "this in the setup screen. Aborting.");
 
-QStringList tableOf(const core::Module1& m) {
-    QStringList entries;
-    for (int i = 0; i < m.scalecount; ++i) {
-        entries << QStringLiteral("%1|%2|%3|%4|%5")
-                       .arg(m.netid[i])
-                       .arg(m.scaledesc[i], m.scaleserial[i])
-                       .arg(m.usbdevindex[i])
-                       .arg(m.scalemark[i]);
-    }
-    return entries;
-}
-
 } // namespace
 
 class SerialStart : public QObject {
@@ -53,7 +38,6 @@ private slots:
     void rs485_start_readsTheProgramFolderNotTheDataFolder();
     void rs485_start_twelfthScaleIsFatal();
     void rs485_start_emptyNetIdIsFatal();
-    void rs485_start_thenTheSimulatedNetworkAnswersEachScale();
 };
 
 void SerialStart::rs232_start_data() {
@@ -105,7 +89,7 @@ void SerialStart::rs232_start() {
 
     QCOMPARE(port.operations, operations);
     QCOMPARE(dialogs.said, said);
-    QCOMPARE(tableOf(m), table);
+    QCOMPARE(linkstest::scaleTable(m), table);
     QCOMPARE(m.netid[2], 0);
 }
 
@@ -181,7 +165,7 @@ void SerialStart::rs485_start() {
 
     QCOMPARE(port.operations, operations);
     QCOMPARE(dialogs.said, said);
-    QCOMPARE(tableOf(m), table);
+    QCOMPARE(linkstest::scaleTable(m), table);
 }
 
 void SerialStart::rs485_start_readsTheProgramFolderNotTheDataFolder() {
@@ -201,7 +185,8 @@ void SerialStart::rs485_start_readsTheProgramFolderNotTheDataFolder() {
 
     links::SerialLink(m, port, dialogs, appHome).rs485_start();
 
-    QCOMPARE(tableOf(m), QStringList{"150|Corvane Scale - RS485 ID#150|Unknown|0|12345"});
+    QCOMPARE(linkstest::scaleTable(m),
+             QStringList{"150|Corvane Scale - RS485 ID#150|Unknown|0|12345"});
 
     // Without the file in the program's folder there is nothing to fall back on.
     QVERIFY(QFile::remove(home.file(QStringLiteral("sccfg.mdb"))));
@@ -241,37 +226,6 @@ void SerialStart::rs485_start_emptyNetIdIsFatal() {
     QVERIFY_THROWS_EXCEPTION(core::FatalError,
                              links::SerialLink(m, port, dialogs, appHome).rs485_start());
     QCOMPARE(dialogs.said, QStringList{});
-}
-
-void SerialStart::rs485_start_thenTheSimulatedNetworkAnswersEachScale() {
-    testsupport::TempHome home;
-    linkstest::makeScaleCfg(home.path(), QStringLiteral("sccfg.mdb"),
-                            linkstest::scaleRows(QStringLiteral("RS485/131 RS485/130")));
-    core::AppHome appHome(home.path());
-    core::VirtualClock clock;
-    sim::Bus bus(sim::Bus::Mode::Addressed);
-    bus.add(130);
-    bus.add(131);
-    sim::InProcessLink line(bus, clock);
-    core::Module1 m;
-    m.commport = 1;
-    FakeSerialPort port;
-    port.attach(line);
-    RecordingDialogs dialogs;
-
-    links::SerialLink(m, port, dialogs, appHome).rs485_start();
-
-    for (int i = 0; i < m.scalecount; ++i) {
-        port.Output(QByteArray(1, static_cast<char>(m.netid[i])));
-        port.Output("\x11");
-        port.Output("1");
-        clock.advance(0.1);
-        const QByteArray reply = port.Input();
-        QVERIFY(reply.endsWith("\r\n"));
-        QCOMPARE(static_cast<unsigned char>(reply.at(0)), static_cast<unsigned char>(m.netid[i]));
-    }
-    QCOMPARE(bus.find(130)->requests(), QByteArray("1"));
-    QCOMPARE(bus.find(131)->requests(), QByteArray("1"));
 }
 
 QTEST_GUILESS_MAIN(SerialStart)

@@ -39,18 +39,6 @@ ScriptedFtdi adapter() {
     return ftdi;
 }
 
-QStringList tableOf(const core::Module1& m) {
-    QStringList entries;
-    for (int i = 0; i < m.scalecount; ++i) {
-        entries << QStringLiteral("%1|%2|%3|%4|%5")
-                       .arg(m.netid[i])
-                       .arg(m.scaledesc[i], m.scaleserial[i])
-                       .arg(m.usbdevindex[i])
-                       .arg(m.scalemark[i]);
-    }
-    return entries;
-}
-
 } // namespace
 
 class UsbLinkTest : public QObject {
@@ -58,7 +46,6 @@ class UsbLinkTest : public QObject {
 private slots:
     void usb_open_data();
     void usb_open();
-    void usb_open_twiceDoesTheWorkOnce();
     void usb_open_retriesAfterAFailure();
     void usb_close_data();
     void usb_close();
@@ -69,7 +56,6 @@ private slots:
     void usb_start_twelfthDeviceIsFatal();
     void usb485_start_data();
     void usb485_start();
-    void usb485_start_secondActivationReusesTheAdapter();
 };
 
 void UsbLinkTest::usb_open_data() {
@@ -148,20 +134,6 @@ void UsbLinkTest::usb_open() {
         QCOMPARE(m.usbhandle, 0);
         QCOMPARE(ftdi.calls, kOpenCalls.mid(0, deviceCount == 0 ? 1 : 3));
     }
-}
-
-void UsbLinkTest::usb_open_twiceDoesTheWorkOnce() {
-    ScriptedFtdi ftdi = adapter();
-    core::Module1 m;
-    RecordingDialogs dialogs;
-    links::UsbLink link(m, ftdi, dialogs);
-
-    link.usb_open();
-    const auto handle = m.usbhandle;
-    link.usb_open();
-
-    QCOMPARE(ftdi.calls, kOpenCalls);
-    QCOMPARE(m.usbhandle, handle);
 }
 
 void UsbLinkTest::usb_open_retriesAfterAFailure() {
@@ -327,7 +299,7 @@ void UsbLinkTest::usb_start() {
 
     QCOMPARE(dialogs.said, said);
     QCOMPARE(m.scalecount, scalecount);
-    QCOMPARE(tableOf(m), table);
+    QCOMPARE(linkstest::scaleTable(m), table);
     QCOMPARE(m.scaledesc[3], QString());
     // A failure here is not an init failure: the activation goes on.
     QCOMPARE(m.usbinitfail, 0);
@@ -390,33 +362,7 @@ void UsbLinkTest::usb485_start() {
     links::UsbLink(m, ftdi, dialogs).usb485_start();
 
     QCOMPARE(dialogs.said, said);
-    QCOMPARE(tableOf(m), table);
-}
-
-void UsbLinkTest::usb485_start_secondActivationReusesTheAdapter() {
-    testsupport::TempHome data;
-    linkstest::makeScaleCfg(data.path(), QStringLiteral("svdata.mdb"),
-                            linkstest::scaleRows(QStringLiteral("RS485/130")));
-    ScriptedFtdi ftdi = adapter();
-    core::Module1 m;
-    m.commtype = QStringLiteral("USB485");
-    m.cfgconn = core::connectionText(data.path());
-    RecordingDialogs dialogs;
-    links::UsbLink link(m, ftdi, dialogs);
-
-    link.usb_open();
-    link.usb485_start();
-    const auto handle = m.usbhandle;
-    // The screen closes (its table cleared) and opens again.
-    m.clearscales();
-    ftdi.calls.clear();
-    link.usb_open();
-    link.usb485_start();
-
-    QCOMPARE(ftdi.calls, QStringList{});
-    QCOMPARE(m.usbhandle, handle);
-    QCOMPARE(dialogs.said, QStringList{});
-    QCOMPARE(tableOf(m), QStringList{"130|SCALE RS485 ID#130|Unknown|0|12345"});
+    QCOMPARE(linkstest::scaleTable(m), table);
 }
 
 QTEST_GUILESS_MAIN(UsbLinkTest)

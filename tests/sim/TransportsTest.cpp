@@ -1,15 +1,14 @@
-// The transports that face other processes: a real pseudo-terminal in raw mode, a real TCP
-// socket, and the stellwyn-sim program itself. These wait on real I/O, never on a sleep.
+// The transports that face other processes: a real pseudo-terminal in raw mode and the
+// stellwyn-sim program itself. These wait on real I/O, never on a sleep. The TCP socket is met
+// by the main screen's Ethernet test, through the program's own link.
 #include "TempHome.h"
 #include "core/Clock.h"
 #include "sim/Bus.h"
 #include "sim/KlDatWriter.h"
 #include "sim/PtyServer.h"
-#include "sim/TcpServer.h"
 
 #include <QFileInfo>
 #include <QProcess>
-#include <QTcpSocket>
 #include <QTest>
 #include <fcntl.h>
 #include <termios.h>
@@ -79,7 +78,6 @@ private slots:
     void pty_roundTripsThroughARawTerminal_data();
     void pty_roundTripsThroughARawTerminal();
     void pty_survivesTheClientClosingAndReopening();
-    void tcp_answersARealSocket();
     void program_printsItsPathServesAndStopsOnTerm();
     void program_writesKlDat();
     void program_refusesBadOptions_data();
@@ -139,34 +137,6 @@ void TransportsTest::pty_survivesTheClientClosingAndReopening() {
         QVERIFY(port.write(poll));
         QCOMPARE(port.readBytes(reply.size()), reply);
     }
-}
-
-void TransportsTest::tcp_answersARealSocket() {
-    core::RealClock clock;
-    Bus bus(Bus::Mode::Addressed);
-    bus.add(130).weight().set(12.5, 0.0);
-    bus.add(131).weight().set(1.0, 0.0);
-    sim::TcpServer server(bus, clock);
-    QVERIFY2(server.listen(0), qPrintable(server.errorString()));
-
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, server.port());
-    QVERIFY(socket.waitForConnected(kWaitMs));
-    socket.write(QByteArray("\x82\x11"
-                            "K\x83\x11"
-                            "K",
-                            6));
-    // The greeting first, then the replies.
-    const QByteArray expected = QByteArray("?\r\n\x82  ") + "  12.5\r\n" + "\x83  " + "   1.0\r\n";
-    QByteArray got;
-    (void)QTest::qWaitFor(
-        [&] {
-            got += socket.readAll();
-            return got.size() >= expected.size();
-        },
-        kWaitMs);
-    QCOMPARE(got, expected);
-    QCOMPARE(server.clientCount(), 1);
 }
 
 void TransportsTest::program_printsItsPathServesAndStopsOnTerm() {
