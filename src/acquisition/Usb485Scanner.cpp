@@ -17,6 +17,10 @@ using core::yieldToEvents;
 namespace {
 // The read buffer of the adapter holds this much; more waiting is taken by the next read.
 constexpr links::DWORD readBufferSize = 256;
+// A request still on its way out, and a reply cell up to its CR: the earliest a reply can be
+// complete is when these have crossed the wire.
+constexpr int requestBytes = 3;
+constexpr int cellBytesToCr = 10;
 } // namespace
 
 // The reply to one request of a network pass on the USB-RS485 adapter.
@@ -35,6 +39,10 @@ void Scanners::USB485_inputscan() {
     // chunk of cells, and the cells behind the first are read from it.
     QByteArray lastChunk;
     bool printflag = false;
+    // No look finds a reply before a whole cell can have come. The bytes gather until the cell
+    // is all but in, and its last one is taken as it comes, so that a reply is no later than
+    // the wire makes it.
+    ftdi.gatherReceived(m.usbhandle, requestBytes + cellBytesToCr - 1);
     ReplyWait wait(c_.clock, ftdi.wakesEventLoop());
     for (;;) {
         if (wait.over()) {

@@ -144,6 +144,12 @@ FT_STATUS ChannelFtdi::FT_Read(FtHandle handle, QByteArray& buffer, DWORD toRead
     return FT_OK;
 }
 
+void ChannelFtdi::gatherReceived(FtHandle handle, int bytes) {
+    if (OpenDevice* device = find(handle)) {
+        device->channel->gather(bytes);
+    }
+}
+
 FT_STATUS ChannelFtdi::FT_GetQueueStatus(FtHandle handle, DWORD& rxBytes) {
     OpenDevice* device = find(handle);
     if (device == nullptr) {

@@ -37,6 +37,7 @@ public:
                            DWORD& eventStatus) override;
     FT_STATUS FT_GetModemStatus(FtHandle handle, DWORD& modemStatus) override;
     FtEvent CreateEventA(bool manualReset, bool initialState, const QString& name) override;
+    void gatherReceived(FtHandle handle, int bytes) override;
 
 protected:
     virtual QList<FtdiDeviceInfo> devices() = 0;

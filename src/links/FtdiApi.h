@@ -116,6 +116,16 @@ public:
     // wait for a reply may sleep until they come; otherwise the wait must look at the queue
     // now and then.
     virtual bool wakesEventLoop() const { return false; }
+
+    // The caller has no use for fewer than `bytes` more received bytes: a reply cannot be
+    // complete before. A device that wakes the event loop for every byte lets them gather for
+    // the time they take on the wire instead, as an adapter's latency timer holds bytes on the
+    // chip, and then hands them over together; until then its queue reads empty. The bytes are
+    // only held, never lost: a read or purge takes them at once.
+    virtual void gatherReceived(FtHandle handle, int bytes) {
+        (void)handle;
+        (void)bytes;
+    }
 };
 
 } // namespace stellwyn::links

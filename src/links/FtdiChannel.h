@@ -29,6 +29,8 @@ public:
     virtual qint64 toWrite() = 0;
     virtual void purge(bool received, bool toSend) = 0;
     virtual DWORD modemStatus() = 0;
+    // See FtdiApi::gatherReceived.
+    virtual void gather(int bytes) { (void)bytes; }
 };
 
 } // namespace stellwyn::links

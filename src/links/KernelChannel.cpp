@@ -14,6 +14,9 @@ KernelChannel::KernelChannel(const QString& path, const QByteArray& serialNumber
     : path_(path), serialNumber_(serialNumber), presence_(path, std::move(showStatus)) {
     // An adapter pulled from its socket leaves the link silent; the port is let go at the
     // next call, outside the port's own read in which the error is raised.
+    gathering_.setSingleShot(true);
+    gathering_.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&gathering_, &QTimer::timeout, [this] { release(); });
     QObject::connect(&port_, &QSerialPort::errorOccurred, [this](QSerialPort::SerialPortError e) {
         if (e == QSerialPort::ResourceError) {
             lost_ = true;
@@ -119,8 +122,30 @@ void KernelChannel::write(const QByteArray& bytes) {
     }
 }
 
+void KernelChannel::gather(int bytes) {
+    if (bytes <= 0 || gathering_.isActive() || !usable() || line_.baud <= 0) {
+        return;
+    }
+    // A start bit, the data, a parity bit if any and the stop bits, each byte.
+    const int bits =
+        1 + line_.dataBits + (line_.parity == 'N' ? 0 : 1) + (line_.stopBits >= 2 ? 2 : 1);
+    const int ms = (bytes * bits * 1000 + line_.baud - 1) / line_.baud;
+    // A port with a full buffer stops listening to the device, which then wakes nobody.
+    port_.setReadBufferSize(std::max<qint64>(1, port_.bytesAvailable()));
+    gathering_.start(std::max(1, ms));
+}
+
+void KernelChannel::release() {
+    if (port_.readBufferSize() == 0) {
+        return;
+    }
+    gathering_.stop();
+    port_.setReadBufferSize(0);
+    takeIn(0);
+}
+
 qint64 KernelChannel::waiting() {
-    if (!usable()) {
+    if (!usable() || gathering_.isActive()) {
         return 0;
     }
     // Bytes already taken in are enough of an answer; asking the system again for each of
@@ -132,6 +157,7 @@ qint64 KernelChannel::waiting() {
 }
 
 QByteArray KernelChannel::read(qint64 maxSize, int timeoutMs) {
+    release();
     QDeadlineTimer deadline(timeoutMs);
     if (usable() && port_.bytesAvailable() < maxSize) {
         takeIn(0);
@@ -147,6 +173,7 @@ qint64 KernelChannel::toWrite() {
 }
 
 void KernelChannel::purge(bool received, bool toSend) {
+    release();
     if (!usable()) {
         return;
     }

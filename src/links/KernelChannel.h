@@ -7,6 +7,7 @@
 #include "links/ReadBufferBound.h"
 
 #include <QSerialPort>
+#include <QTimer>
 #include <functional>
 
 namespace stellwyn::links {
@@ -30,6 +31,7 @@ public:
     qint64 toWrite() override;
     void purge(bool received, bool toSend) override;
     DWORD modemStatus() override;
+    void gather(int bytes) override;
 
 private:
     KernelChannel(const QString& path, const QByteArray& serialNumber,
@@ -40,6 +42,8 @@ private:
     // Opens the device again where it now is; false while it is still away.
     bool reopen();
     bool openAt(const QString& place);
+    // Ends a gathering: takes in every byte the system holds.
+    void release();
 
     QSerialPort port_;
     ReadBufferBound bound_{port_, lcFtdi()};
@@ -50,6 +54,8 @@ private:
     QSerialPort::FlowControl flow_ = QSerialPort::NoFlowControl;
     // Set by the port's error, which comes inside its own calls; acted on at the next use.
     bool lost_ = false;
+    // Bytes gather in the system until it rings; the port takes in no more than it holds.
+    QTimer gathering_;
 };
 
 } // namespace stellwyn::links

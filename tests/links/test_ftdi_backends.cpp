@@ -1,7 +1,7 @@
 // The kernel backend on pseudo-terminals (its device list, bytes both ways, purge, one holder
-// per device), the simulated adapter's reads on the virtual clock, and the choice of backend by
-// the settings store. A scan through the kernel backend, and an adapter pulled and put back,
-// are the screen's end-to-end test's.
+// per device, bytes gathered for their wire time), the simulated adapter's reads on the virtual
+// clock, and the choice of backend by the settings store. A scan through the kernel backend, and an
+// adapter pulled and put back, are the screen's end-to-end test's.
 #include "PtyPair.h"
 #include "RecordingDialogs.h"
 #include "TempHome.h"
@@ -75,6 +75,8 @@ private slots:
     void kernel_portNamesInReadingOrder();
     void kernel_bytesPassBothWaysAndPurgeEmpties();
     void kernel_oneHolderPerDevice();
+    void kernel_gatheredBytesAreHeldThenHandedOverWhole_data();
+    void kernel_gatheredBytesAreHeldThenHandedOverWhole();
     void sim_readWaitsOnTheClockUpToItsTimeout();
     void factory_picksTheBackendOfTheSettings_data();
     void factory_picksTheBackendOfTheSettings();
@@ -165,6 +167,50 @@ void FtdiBackends::kernel_oneHolderPerDevice() {
     QCOMPARE(ftdi.FT_Close(first), FT_OK);
     QCOMPARE(ftdi.FT_Close(first), links::FT_INVALID_HANDLE);
     QCOMPARE(ftdi.FT_Open(0, second), FT_OK);
+}
+
+void FtdiBackends::kernel_gatheredBytesAreHeldThenHandedOverWhole_data() {
+    QTest::addColumn<QString>("takenBy");
+    QTest::newRow("the wire time running out") << QStringLiteral("time");
+    QTest::newRow("a read before then") << QStringLiteral("read");
+    QTest::newRow("a purge before then") << QStringLiteral("purge");
+}
+
+void FtdiBackends::kernel_gatheredBytesAreHeldThenHandedOverWhole() {
+    QFETCH(QString, takenBy);
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    Station s;
+    s.usbSetting("Devices", pty.slavePath());
+    links::KernelFtdi ftdi(s.settings);
+    FtHandle handle = 0;
+    QCOMPARE(ftdi.FT_Open(0, handle), FT_OK);
+    QCOMPARE(ftdi.FT_SetBaudRate(handle, 9600), FT_OK);
+    QCOMPARE(ftdi.FT_SetTimeouts(handle, 500, 0), FT_OK);
+    const QByteArray reply = QByteArray(1, '\x82') + "  00012.5\r\n";
+
+    // 300 bytes at 9600 baud: about 0.3 s of gathering.
+    ftdi.gatherReceived(handle, 300);
+    pty.send(reply);
+    QTest::qWait(100);
+    DWORD waiting = 0;
+    QCOMPARE((ftdi.FT_GetQueueStatus(handle, waiting), waiting), DWORD(0));
+
+    QByteArray got;
+    DWORD n = 0;
+    if (takenBy == u"time") {
+        QTRY_COMPARE_WITH_TIMEOUT((ftdi.FT_GetQueueStatus(handle, waiting), waiting),
+                                  DWORD(reply.size()), kWireTimeoutMs);
+        QCOMPARE(ftdi.FT_Read(handle, got, waiting, n), FT_OK);
+        QCOMPARE(got, reply);
+    } else if (takenBy == u"read") {
+        QCOMPARE(ftdi.FT_Read(handle, got, static_cast<DWORD>(reply.size()), n), FT_OK);
+        QCOMPARE(got, reply);
+    } else {
+        QCOMPARE(ftdi.FT_Purge(handle, links::FT_PURGE_RX), FT_OK);
+        pty.send("next\r");
+        QCOMPARE(readReply(ftdi, handle), QByteArray("next\r"));
+    }
 }
 
 void FtdiBackends::sim_readWaitsOnTheClockUpToItsTimeout() {
