@@ -322,7 +322,7 @@ int main(int argc, char** argv) {
         // The link and today's readings at a glance; the collector logs the same line.
         const auto showLinkStatus = [&] {
             frameView->showLinkStatus(display::statusLine(
-                display::linkState(m, screen->form(), settings), m.dataconn, clock));
+                display::linkState(m, screen->form(), settings), m.readingsconn, clock));
         };
         QTimer linkStatus;
         QObject::connect(&linkStatus, &QTimer::timeout, showLinkStatus);

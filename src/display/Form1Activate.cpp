@@ -10,6 +10,7 @@
 #include "core/SettingsStore.h"
 #include "core/Yield.h"
 #include "core/store/Connection.h"
+#include "core/store/ReadingServer.h"
 #include "links/Ethernet.h"
 #include "links/RfSetup.h"
 #include "links/UsbLink.h"
@@ -174,7 +175,9 @@ void Form1::startEthernet() {
 void Form1::bindData() {
     f_.data1.ConnectionString = s_.m.cfgconn;
     f_.data1.RecordSource = QStringLiteral("select * from scalecfg");
-    f_.data2.ConnectionString = s_.m.dataconn;
+    f_.data2.ConnectionString = s_.m.readingsconn.isEmpty() ? s_.m.dataconn : s_.m.readingsconn;
+    // Only a station whose readings go to a server has other stations' rows to show.
+    f_.chk_allstations.visible = core::namesServer(f_.data2.ConnectionString);
     f_.data2.RecordSource = QStringLiteral("select ID,ScaleID,Reading,Date,Time from datacol");
     grid_.refreshData2();
 }
