@@ -129,9 +129,13 @@ ServerAddress serverAddress(const QString& url) {
 }
 
 QString serverAwayMessage(const QString& shownUrl, const QString& problem) {
+    QString said = problem;
+    if (said.endsWith(QLatin1Char('.'))) {
+        said.chop(1);
+    }
     return QStringLiteral("Readings server %1 cannot be reached: %2. Readings wait on this "
                           "station until it answers.")
-        .arg(shownUrl, problem);
+        .arg(shownUrl, said);
 }
 
 QString serverProblem(const QString& url) {
