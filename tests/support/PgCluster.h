@@ -7,36 +7,31 @@
 
 namespace stellwyn::testsupport {
 
-// A throwaway PostgreSQL cluster in a temporary folder, listening only on a Unix socket there.
-// Made with Debian's initdb and run as the postgres process itself, so the test holds its PID,
-// stops it when done, and it goes with the test should the test die. As root (CI, this machine)
-// the cluster runs as nobody: PostgreSQL refuses to run as root.
+// A throwaway PostgreSQL cluster in a temporary folder, listening only on a Unix socket there,
+// run as the postgres process itself so that the test holds its PID and the server goes with
+// the test should the test die. As root the cluster runs as nobody: PostgreSQL refuses root.
 class PgCluster {
 public:
-    // Makes the cluster; ok() says whether it could, error() why not.
     PgCluster();
-    ~PgCluster();
+    ~PgCluster() { stop(); }
     PgCluster(const PgCluster&) = delete;
     PgCluster& operator=(const PgCluster&) = delete;
 
-    bool ok() const { return error_.isEmpty(); }
+    // Why the cluster could not be made, started, or run a statement; empty when all went well.
     const QString& error() const { return error_; }
-
     bool start();
     // A fast shutdown: connected stations see their connection closed.
     void stop();
-    bool running() const;
 
-    QString socketFolder() const { return dir_.path(); }
-    // The url of this cluster's database `db` for `user`, as [Store] Url takes it.
+    // The url of database `db` for `user`, as [Store] Url takes it.
     QString url(const QString& user, const QString& db = QStringLiteral("postgres")) const;
-    // Runs one statement as the superuser "postgres"; false (and error()) when it fails.
+    // Runs one statement as the superuser "postgres".
     bool exec(const QString& sql);
-    // A role that must give its password; the others get in without one.
+    // The one role that must give its password, "right"; every other role is trusted.
     static constexpr const char* passwordRole = "pwuser";
 
 private:
-    QString binary(const QString& name) const;
+    bool run(QProcess& process, const QString& binary, const QStringList& arguments);
 
     QTemporaryDir dir_;
     QString bin_;
