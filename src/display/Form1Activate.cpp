@@ -1,6 +1,7 @@
 // The activation of the main screen: from an idle frame to a running link.
 #include "Form1.h"
 #include "acquisition/Frames.h"
+#include "collection/StoreReading.h"
 #include "core/AppHome.h"
 #include "core/Conversions.h"
 #include "core/Dialogs.h"
@@ -179,6 +180,8 @@ void Form1::bindData() {
     // Only a station whose readings go to a server has other stations' rows to show.
     f_.chk_allstations.visible = core::namesServer(f_.data2.ConnectionString);
     f_.data2.RecordSource = QStringLiteral("select ID,ScaleID,Reading,Date,Time from datacol");
+    // Readings left waiting when the program last ended go now, not at the first new one.
+    collection::sendWaitingReadings(s_.m);
     grid_.refreshData2();
 }
 
