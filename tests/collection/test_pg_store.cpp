@@ -2,9 +2,13 @@
 // stations kept apart, the outbox across a server that stops and comes back, the password as
 // libpq finds it, and the grid's orders as SQLite gives them.
 #include "PgCluster.h"
+#include "RecordingDialogs.h"
 #include "TempHome.h"
+#include "collection/CollectionGrid.h"
+#include "collection/DataColModel.h"
 #include "collection/StoreReading.h"
 #include "core/Clock.h"
+#include "core/Form1Controls.h"
 #include "core/Module1.h"
 #include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
@@ -117,10 +121,26 @@ private slots:
         QVERIFY2(north.status().endsWith(QStringLiteral("; 3 readings stored today")),
                  qPrintable(north.status()));
 
-        // "Clear List" clears this station's rows, whatever the grid shows.
-        core::Connection all = core::Connection::open(north.m.readingsconn);
-        all.setAllStations(true);
-        core::deleteAllReadings(all);
+        // The grid: the station's rows, every station's on the tick; "Clear List" clears this
+        // station's rows, whatever the grid shows.
+        core::Form1Controls f;
+        testsupport::RecordingDialogs dialogs;
+        collection::CollectionGrid grid(f, dialogs);
+        collection::DataColModel model;
+        f.data2.ConnectionString = north.m.readingsconn;
+        f.data2.Refreshed = [&] { model.refresh(grid.order(), grid.allStations()); };
+        f.chk_allstations.visible = true;
+        grid.attach();
+        model.bind(f.data2.ConnectionString, grid.order());
+        QCOMPARE(model.rowCount(), 3);
+        f.chk_allstations.setValue(1);
+        QCOMPARE(model.rowCount(), 6);
+        QCOMPARE(f.Label20.caption, QStringLiteral("Data Collection - 6 Readings"));
+        dialogs.answers = {true};
+        grid.Command2_Click();
+        QCOMPARE(f.Label20.caption, QStringLiteral("Data Collection - 3 Readings"));
+        QCOMPARE(model.rowAt(0).scaleId + model.rowAt(0).reading.toString(),
+                 QStringLiteral("130s0"));
         QCOMPARE(north.onServer(true), QStringList({"s0", "s1", "s2"}));
     }
 
