@@ -5,9 +5,11 @@
 #include "core/Dialogs.h"
 #include "core/Getdatapath.h"
 #include "core/Module1.h"
+#include "core/SettingsStore.h"
 #include "core/Yield.h"
 #include "core/store/Compaction.h"
 #include "core/store/ConnectionText.h"
+#include "core/store/ReadingServer.h"
 
 #include <QFile>
 
@@ -49,6 +51,9 @@ bool Main::run() {
     m_.datapath = core::cfgtxt::readFirstField(home_.file(cfgTxt)).value_or(QString());
     m_.dataconn = core::connectionText(m_.datapath);
     m_.cfgconn = m_.dataconn;
+    m_.readingsconn =
+        core::readingsConnectionText(m_.dataconn, core::readingServerSetting(core::SettingsStore(
+                                                      home_.file(QStringLiteral("stellwyn.ini")))));
 
     if (loadsettings) {
         loadsettings();

@@ -26,6 +26,7 @@
 #include "core/WidgetDialogsView.h"
 #include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
+#include "core/store/ReadingServer.h"
 #include "display/Form1.h"
 #include "display/Form1Commands.h"
 #include "display/Form1Host.h"
@@ -83,7 +84,10 @@ int exportReadings(const core::AppHome& home, const QString& file) {
         return 1;
     }
     try {
-        core::Connection connection = core::Connection::open(dataconn);
+        // A station whose readings go to a server exports its rows there.
+        core::Connection connection = core::Connection::open(core::readingsConnectionText(
+            dataconn, core::readingServerSetting(
+                          core::SettingsStore(home.file(QStringLiteral("stellwyn.ini"))))));
         const qint64 rows =
             collection::exportReadings(connection, core::DataColOrder::storeOrder, file);
         printLine(stdout, QStringLiteral("exported %1 readings to %2")
@@ -322,7 +326,7 @@ int main(int argc, char** argv) {
         // The link and today's readings at a glance; the collector logs the same line.
         const auto showLinkStatus = [&] {
             frameView->showLinkStatus(display::statusLine(
-                display::linkState(m, screen->form(), settings), m.dataconn, clock));
+                display::linkState(m, screen->form(), settings), m.readingsconn, clock));
         };
         QTimer linkStatus;
         QObject::connect(&linkStatus, &QTimer::timeout, showLinkStatus);

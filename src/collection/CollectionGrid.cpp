@@ -22,13 +22,33 @@ void CollectionGrid::attach() {
     f_.Command2.Click = [this] { Command2_Click(); };
     f_.btn_export.Click = [this] { btn_export_Click(); };
     f_.opt_datacol.Click = [this] { opt_datacol_Click(); };
+    f_.chk_allstations.Click = [this] {
+        if (f_.data2.ConnectionString.isEmpty()) {
+            return;
+        }
+        sortdatacol();
+        setCountCaption();
+    };
+}
+
+bool CollectionGrid::allStations() const {
+    return f_.chk_allstations.visible && f_.chk_allstations.value() != 0;
+}
+
+core::Connection CollectionGrid::openReadings() const {
+    core::Connection connection = core::Connection::open(f_.data2.ConnectionString);
+    connection.setAllStations(allStations());
+    return connection;
 }
 
 void CollectionGrid::refreshData2() {
-    // The query runs here, so a store that cannot give the rows fails at the refresh.
-    {
-        core::Connection connection = core::Connection::open(f_.data2.ConnectionString);
+    // The query runs here, so a store that cannot give the rows fails at the refresh. A server
+    // that is away is no such failure: the station collects on into its outbox, the status line
+    // says why the grid is empty.
+    try {
+        core::Connection connection = openReadings();
         core::countReadings(connection);
+    } catch (const core::ServerError&) {
     }
     if (f_.data2.Refreshed) {
         f_.data2.Refreshed();
@@ -62,10 +82,14 @@ void CollectionGrid::sortdatacol() {
 }
 
 void CollectionGrid::setCountCaption() {
-    core::Connection connection = core::Connection::open(f_.data2.ConnectionString);
-    f_.Label20.caption = QStringLiteral("Data Collection - ") +
-                         QString::number(core::countReadings(connection)) +
-                         QStringLiteral(" Readings");
+    try {
+        core::Connection connection = openReadings();
+        f_.Label20.caption = QStringLiteral("Data Collection - ") +
+                             QString::number(core::countReadings(connection)) +
+                             QStringLiteral(" Readings");
+    } catch (const core::ServerError&) {
+        // The count the caption holds is the last one known.
+    }
 }
 
 void CollectionGrid::opt_datacol_Click() {
@@ -89,9 +113,12 @@ void CollectionGrid::Command2_Click() {
                                                      "the saved data.\rDo you wish to proceed?"))) {
         return;
     }
-    {
-        core::Connection connection = core::Connection::open(f_.data2.ConnectionString);
+    try {
+        core::Connection connection = openReadings();
         core::deleteAllReadings(connection);
+    } catch (const core::ServerError& error) {
+        dialogs_.message(error.text());
+        return;
     }
     refreshData2();
     try {
@@ -115,8 +142,12 @@ void CollectionGrid::btn_export_Click() {
     dialogs_.setBusy(true);
     try {
         // A connection of its own: the screen's stores go on through theirs meanwhile.
-        core::Connection connection = core::Connection::open(f_.data2.ConnectionString);
+        core::Connection connection = openReadings();
         exportReadings(connection, order_, path);
+    } catch (const core::ServerError& error) {
+        dialogs_.setBusy(false);
+        dialogs_.message(error.text());
+        return;
     } catch (const ExportError& error) {
         dialogs_.setBusy(false);
         dialogs_.message(error.text());

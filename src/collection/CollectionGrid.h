@@ -39,9 +39,13 @@ public:
 
     // The order the last refresh of data2 asked for.
     core::DataColOrder order() const { return order_; }
+    // Every station's rows rather than this one's, on a station whose readings go to a server.
+    bool allStations() const;
 
 private:
     void setCountCaption();
+    // data2's store, reading the rows the grid shows.
+    core::Connection openReadings() const;
 
     core::Form1Controls& f_;
     core::Dialogs& dialogs_;

@@ -13,29 +13,44 @@ const QStringList kColumns = {QStringLiteral("ID"), QStringLiteral("ScaleID"),
 
 DataColModel::DataColModel(QObject* parent) : QAbstractTableModel(parent) {}
 
-void DataColModel::bind(const QString& connectionText, core::DataColOrder order) {
-    connection_.emplace(core::Connection::open(connectionText));
-    core::prepareReadingStore(*connection_);
-    refresh(order);
+void DataColModel::bind(const QString& connectionText, core::DataColOrder order, bool allStations) {
+    text_ = connectionText;
+    connection_.reset();
+    refresh(order, allStations);
 }
 
 void DataColModel::unbind() {
     beginResetModel();
     connection_.reset();
+    text_.clear();
     pages_.clear();
     rows_ = 0;
     endResetModel();
 }
 
-void DataColModel::refresh(core::DataColOrder order) {
+void DataColModel::refresh(core::DataColOrder order, bool allStations) {
     beginResetModel();
     order_ = order;
     pages_.clear();
     rows_ = 0;
-    if (connection_) {
-        // The grid shows at most as many rows as a view can address.
-        rows_ = static_cast<int>(
-            std::min<qint64>(core::countReadings(*connection_), std::numeric_limits<int>::max()));
+    try {
+        if (!connection_ && !text_.isEmpty()) {
+            connection_.emplace(core::Connection::open(text_));
+            core::prepareReadingStore(*connection_);
+        }
+        if (connection_) {
+            connection_->setAllStations(allStations);
+            // The grid shows at most as many rows as a view can address.
+            rows_ = static_cast<int>(std::min<qint64>(core::countReadings(*connection_),
+                                                      std::numeric_limits<int>::max()));
+        }
+    } catch (const core::ServerError&) {
+        // Empty until the server answers again; the status line says why. A connection that
+        // broke is made afresh at the next refresh.
+        connection_.reset();
+    } catch (...) {
+        endResetModel();
+        throw;
     }
     endResetModel();
 }
@@ -116,6 +131,15 @@ QList<core::DataColRow> DataColModel::fetch(int number) const {
     if (!connection_) {
         return {};
     }
+    try {
+        return fetchFromStore(number);
+    } catch (const core::ServerError&) {
+        // The rows stay blank until the next refresh finds the server again.
+        return {};
+    }
+}
+
+QList<core::DataColRow> DataColModel::fetchFromStore(int number) const {
     const qint64 first = static_cast<qint64>(number) * pageSize;
     const int count = static_cast<int>(std::min<qint64>(pageSize, rows_ - first));
     // Scrolling goes page by page: the neighbour's key leads straight to this page. A page

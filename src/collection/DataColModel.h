@@ -23,10 +23,11 @@ public:
 
     // Opens the readings file for as long as the grid is bound to it, and reads the table
     // afresh in this order.
-    void bind(const QString& connectionText, core::DataColOrder order);
+    // allStations: on a readings server, every station's rows rather than this one's.
+    void bind(const QString& connectionText, core::DataColOrder order, bool allStations = false);
     void unbind();
     // Re-runs the query: the count and every row are read again.
-    void refresh(core::DataColOrder order);
+    void refresh(core::DataColOrder order, bool allStations = false);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -44,8 +45,10 @@ private:
     };
     const Page& page(int number) const;
     QList<core::DataColRow> fetch(int number) const;
+    QList<core::DataColRow> fetchFromStore(int number) const;
     const Page* held(int number) const;
 
+    QString text_;
     mutable std::optional<core::Connection> connection_;
     core::DataColOrder order_ = core::DataColOrder::storeOrder;
     int rows_ = 0;

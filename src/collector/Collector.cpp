@@ -229,9 +229,9 @@ void Collector::watchCaption() {
 
 QString Collector::statusLine() {
     if (!settings_) {
-        return display::statusLine(display::LinkState{}, m_.dataconn, clock_);
+        return display::statusLine(display::LinkState{}, m_.readingsconn, clock_);
     }
-    return display::statusLine(display::linkState(m_, form_.get(), *settings_), m_.dataconn,
+    return display::statusLine(display::linkState(m_, form_.get(), *settings_), m_.readingsconn,
                                clock_);
 }
 

@@ -62,6 +62,8 @@ Form1Controls::Form1Controls() {
     sortGroup.add(opt_grp);
     Command2.caption = QStringLiteral("Clear List");
     btn_export.caption = QStringLiteral("Export…");
+    chk_allstations.caption = QStringLiteral("All stations");
+    chk_allstations.visible = false;
     // Sorting by ID is the option selected at design, before any handler is attached.
     opt_ID.setValue(true);
 

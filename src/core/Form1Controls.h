@@ -80,6 +80,8 @@ public:
     CommandButton Command2;
     // Writes the kept readings to a CSV or XLSX file.
     CommandButton btn_export;
+    // On a station whose readings go to a server: the rows of every station, not only its own.
+    CheckBox chk_allstations;
 
     // The recordsets of the scale rows and of the readings.
     DataControl data1;

@@ -44,6 +44,9 @@ public:
     QString datapath;
     QString dataconn;
     QString cfgconn;
+    // Where the readings are kept and read: dataconn, or a text that also names the server a
+    // station sends them to (core/store/ReadingServer.h). Empty: dataconn.
+    QString readingsconn;
 
     // Link handles and flags.
     std::int32_t usbhandle = 0;

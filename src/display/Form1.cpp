@@ -52,10 +52,10 @@ Form1::Form1(Form1Services services, Form1Calls calls, QObject* parent)
     grid_.attach();
     f_.data2.Refreshed = [this] {
         if (!data2Bound_) {
-            data2Rows_.bind(f_.data2.ConnectionString, grid_.order());
+            data2Rows_.bind(f_.data2.ConnectionString, grid_.order(), grid_.allStations());
             data2Bound_ = true;
         } else {
-            data2Rows_.refresh(grid_.order());
+            data2Rows_.refresh(grid_.order(), grid_.allStations());
         }
     };
     context_.hooks.winsockSendData = [this](const QByteArray& bytes) {

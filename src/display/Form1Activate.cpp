@@ -1,6 +1,7 @@
 // The activation of the main screen: from an idle frame to a running link.
 #include "Form1.h"
 #include "acquisition/Frames.h"
+#include "collection/StoreReading.h"
 #include "core/AppHome.h"
 #include "core/Conversions.h"
 #include "core/Dialogs.h"
@@ -10,6 +11,7 @@
 #include "core/SettingsStore.h"
 #include "core/Yield.h"
 #include "core/store/Connection.h"
+#include "core/store/ReadingServer.h"
 #include "links/Ethernet.h"
 #include "links/RfSetup.h"
 #include "links/UsbLink.h"
@@ -174,8 +176,12 @@ void Form1::startEthernet() {
 void Form1::bindData() {
     f_.data1.ConnectionString = s_.m.cfgconn;
     f_.data1.RecordSource = QStringLiteral("select * from scalecfg");
-    f_.data2.ConnectionString = s_.m.dataconn;
+    f_.data2.ConnectionString = s_.m.readingsconn.isEmpty() ? s_.m.dataconn : s_.m.readingsconn;
+    // Only a station whose readings go to a server has other stations' rows to show.
+    f_.chk_allstations.visible = core::namesServer(f_.data2.ConnectionString);
     f_.data2.RecordSource = QStringLiteral("select ID,ScaleID,Reading,Date,Time from datacol");
+    // Readings left waiting when the program last ended go now, not at the first new one.
+    collection::sendWaitingReadings(s_.m);
     grid_.refreshData2();
 }
 

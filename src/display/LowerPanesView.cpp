@@ -136,6 +136,10 @@ DataWindowView::DataWindowView(Form1& form, QWidget* parent)
     bound_.check(f.Check1, this, {8400, 1740, 1740, 270}, "Check1");
     bound_.check(f.chk_Reset_Row, this, {10260, 1740, 1740, 270}, "chk_Reset_Row");
     bound_.label(f.Datamsg, this, {8400, 2040, 3600, 270}, "Datamsg");
+    // Where the hidden Datamsg stands: it is never shown.
+    bound_.check(f.chk_allstations, this, {8400, 2040, 3600, 270}, "chk_allstations")
+        ->setToolTip(QStringLiteral("Shows the readings of every station on the server, not only "
+                                    "this one's."));
     bound_.button(f.Command2, this, {8400, 2400, 1740, 360}, "Command2")
         ->setToolTip(QStringLiteral("Deletes every saved reading."));
     bound_.button(f.btn_export, this, {10260, 2400, 1740, 360}, "btn_export")

@@ -8,6 +8,8 @@
 #include "core/store/Connection.h"
 #include "core/store/ConnectionText.h"
 #include "core/store/DataColTable.h"
+#include "core/store/Outbox.h"
+#include "core/store/ReadingServer.h"
 #include "links/Ethernet.h"
 #include "links/KernelDeviceList.h"
 #include "links/LinksLog.h"
@@ -57,7 +59,44 @@ LinkState linkState(const core::Module1& m, Form1* screen, const core::SettingsS
     return state;
 }
 
+namespace {
+
+// A station whose readings go to a server: this station's readings of today on the server, the
+// readings still in its outbox, and why, when the server is away.
+QString serverStatus(const QString& readingsconn, const core::Clock& clock) {
+    QString today = QStringLiteral("readings today unknown");
+    QString problem;
+    try {
+        core::Connection server = core::Connection::open(readingsconn);
+        today = QStringLiteral("%1 readings stored today")
+                    .arg(core::countReadingsOn(server, clock.now().date()));
+    } catch (const core::ServerError& error) {
+        problem = error.text();
+    }
+    QString line = today;
+    const QString outbox = core::dataSourceOf(readingsconn);
+    if (QFileInfo(outbox).isFile()) {
+        try {
+            core::Connection local = core::Connection::open(outbox);
+            core::prepareOutbox(local);
+            if (const qint64 waiting = core::countWaiting(local); waiting > 0) {
+                line += QStringLiteral("; %1 readings waiting").arg(waiting);
+            }
+        } catch (const core::DatabaseError&) {
+        }
+    }
+    if (!problem.isEmpty()) {
+        line += QStringLiteral("; ") + problem;
+    }
+    return line;
+}
+
+} // namespace
+
 QString statusLine(const LinkState& link, const QString& dataconn, const core::Clock& clock) {
+    if (core::namesServer(dataconn)) {
+        return QStringLiteral("Link %1; %2").arg(link.text(), serverStatus(dataconn, clock));
+    }
     QString today = QStringLiteral("readings today unknown");
     // Only a file that is there: opening one that is not would make an empty one.
     if (!dataconn.isEmpty() && QFileInfo(core::dataSourceOf(dataconn)).isFile()) {

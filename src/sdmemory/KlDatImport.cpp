@@ -1,8 +1,10 @@
 #include "KlDatImport.h"
 
+#include "collection/StoreReading.h"
 #include "core/Module1.h"
 #include "core/WholeFile.h"
 #include "core/store/Connection.h"
+#include "core/store/ReadingServer.h"
 
 #include <QFile>
 #include <algorithm>
@@ -278,7 +280,12 @@ KlImportResult importKlDat(const QString& path, core::Module1& m,
     try {
         core::Connection connection = core::Connection::open(m.cfgconn);
         // A record's line is 16 to 69 bytes and its line end; an indicator's are some 40 or so.
-        core::ReadingImport import(connection, total / 45);
+        // A station whose readings go to a server takes the card's into its outbox, which sends
+        // them on in batches: the import never waits on the server, and loses nothing to it.
+        const bool toServer = core::namesServer(m.readingsconn);
+        core::ReadingImport import(connection, total / 45,
+                                   toServer ? core::ReadingTable::outbox
+                                            : core::ReadingTable::datacol);
         KlRecordParser parser(m.sdtimezone);
         int sinceReport = 0;
         LineReader lines(file);
@@ -309,6 +316,9 @@ KlImportResult importKlDat(const QString& path, core::Module1& m,
         }
         import.commit();
         result.stored = import.stored();
+        if (toServer) {
+            collection::sendWaitingReadings(m);
+        }
     } catch (const core::DatabaseError& e) {
         result.error = e.text();
     }

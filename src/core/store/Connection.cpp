@@ -1,6 +1,9 @@
 #include "core/store/Connection.h"
 
 #include "core/store/ConnectionText.h"
+#include "core/store/DataColServer.h"
+#include "core/store/ReadingServer.h"
+#include "core/store/StoreLog.h"
 
 #include <QAtomicInteger>
 #include <QDir>
@@ -20,14 +23,24 @@ QString uniqueConnectionName() {
 }
 
 // The database's own words are the useful part; Qt's wrapper text adds only "Unable to ...".
+// On one line: libpq's run over several, and the status bar shows one.
 QString textOf(const QSqlError& error) {
-    const QString fromDatabase = error.databaseText().trimmed();
-    return fromDatabase.isEmpty() ? error.text().trimmed() : fromDatabase;
+    QString text = error.databaseText().simplified();
+    if (text.isEmpty()) {
+        text = error.text().simplified();
+    }
+    if (text.endsWith(QStringLiteral(" ()"))) {
+        text.chop(3);
+    }
+    return text;
 }
 
 } // namespace
 
 Connection Connection::open(const QString& connTextOrPath) {
+    if (namesServer(connTextOrPath)) {
+        return openServer(serverOf(connTextOrPath));
+    }
     const QString path = QDir::cleanPath(dataSourceOf(connTextOrPath));
     const QString shown = QDir::toNativeSeparators(path);
     if (path.isEmpty() || !QFileInfo(path).isFile()) {
@@ -54,14 +67,72 @@ Connection Connection::open(const QString& connTextOrPath) {
     return connection;
 }
 
+Connection Connection::openServer(const ReadingServer& server, bool evenIfAway) {
+    const QString url = server.url;
+    const QString shown = server.shown();
+    const auto away = [&url, &shown](const QString& problem) {
+        const QString message = serverAwayMessage(shown, problem);
+        if (noteServerAway(url, message)) {
+            qCWarning(lcStore, "%s", qUtf8Printable(message));
+        }
+        return ServerError(message, problem);
+    };
+    if (!evenIfAway && serverAway(url)) {
+        throw ServerError(serverProblem(url), QString());
+    }
+    const ServerAddress address = serverAddress(url);
+    if (!address.problem.isEmpty()) {
+        throw away(address.problem);
+    }
+    Connection connection(uniqueConnectionName(), shown);
+    connection.server_ = true;
+    connection.station_ = server.station;
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connection.name_);
+    if (!db.isValid()) {
+        throw away(QStringLiteral("Qt's PostgreSQL driver QPSQL is not installed"));
+    }
+    db.setHostName(address.host);
+    db.setPort(address.port);
+    db.setDatabaseName(address.database);
+    db.setUserName(address.user);
+    // No password: libpq reads ~/.pgpass or PGPASSWORD by itself. The timeouts keep a server
+    // that has gone from holding the screen for long; an open connection to a host that
+    // vanished is given up after a few seconds rather than TCP's quarter of an hour.
+    QStringList options = {
+        QStringLiteral("connect_timeout=3"),  QStringLiteral("application_name=stellwyn"),
+        QStringLiteral("keepalives_idle=10"), QStringLiteral("keepalives_interval=3"),
+        QStringLiteral("keepalives_count=3"), QStringLiteral("tcp_user_timeout=10000")};
+    if (!address.options.isEmpty()) {
+        options << address.options;
+    }
+    db.setConnectOptions(options.join(QLatin1Char(';')));
+    if (!db.open()) {
+        throw away(textOf(db.lastError()));
+    }
+    try {
+        prepareServerSchema(connection);
+    } catch (const ServerError& error) {
+        throw away(error.problem());
+    }
+    if (noteServerAnswered(url)) {
+        qCWarning(lcStore, "Readings server %s answers again.", qUtf8Printable(shown));
+    }
+    return connection;
+}
+
 Connection::Connection(Connection&& other) noexcept
-    : name_(std::exchange(other.name_, QString())), path_(std::move(other.path_)) {}
+    : name_(std::exchange(other.name_, QString())), path_(std::move(other.path_)),
+      server_(other.server_), station_(std::move(other.station_)),
+      allStations_(other.allStations_) {}
 
 Connection& Connection::operator=(Connection&& other) noexcept {
     if (this != &other) {
         close();
         name_ = std::exchange(other.name_, QString());
         path_ = std::move(other.path_);
+        server_ = other.server_;
+        station_ = std::move(other.station_);
+        allStations_ = other.allStations_;
     }
     return *this;
 }
@@ -94,8 +165,12 @@ sqlite3* Connection::handle() const {
     return *static_cast<sqlite3* const*>(handle.constData());
 }
 
-DatabaseError Connection::failure(const QSqlError& error) const {
-    return failure(textOf(error));
+void Connection::fail(const QSqlError& error) const {
+    if (server_) {
+        const QString problem = textOf(error);
+        throw ServerError(QStringLiteral("Readings server %1: %2").arg(path_, problem), problem);
+    }
+    throw failure(textOf(error));
 }
 
 DatabaseError Connection::failure(const QString& text) const {
@@ -107,21 +182,29 @@ DatabaseError Connection::failure(const QString& text) const {
 QSqlQuery Connection::run(const QString& sql, const QVariantList& values) {
     QSqlQuery query(database());
     query.setForwardOnly(true);
+    // The server's driver prepares through PREPARE, which takes no schema statement; with
+    // nothing to bind there is nothing to prepare for.
+    if (server_ && values.isEmpty()) {
+        if (!query.exec(sql)) {
+            fail(query.lastError());
+        }
+        return query;
+    }
     if (!query.prepare(sql)) {
-        throw failure(query.lastError());
+        fail(query.lastError());
     }
     for (const QVariant& value : values) {
         query.addBindValue(value);
     }
     if (!query.exec()) {
-        throw failure(query.lastError());
+        fail(query.lastError());
     }
     return query;
 }
 
 Transaction::Transaction(Connection& connection) : connection_(connection) {
     if (!connection_.database().transaction()) {
-        throw connection_.failure(connection_.database().lastError());
+        connection_.fail(connection_.database().lastError());
     }
 }
 
@@ -133,7 +216,7 @@ Transaction::~Transaction() {
 
 void Transaction::commit() {
     if (!connection_.database().commit()) {
-        throw connection_.failure(connection_.database().lastError());
+        connection_.fail(connection_.database().lastError());
     }
     open_ = false;
 }

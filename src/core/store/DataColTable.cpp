@@ -1,6 +1,8 @@
 #include "core/store/DataColTable.h"
 
+#include "core/store/DataColServer.h"
 #include "core/store/OrderIndexes.h"
+#include "core/store/Outbox.h"
 #include "core/store/StoredValues.h"
 
 #include <QSqlError>
@@ -15,55 +17,114 @@ namespace {
 // The fields in the order a card's reader sets them.
 constexpr char kInsert[] = "insert into datacol (ScaleID, \"Group\", Reading, Time, Date, TagID) "
                            "values (?, ?, ?, ?, ?, ?)";
+constexpr char kOutboxInsert[] =
+    "insert into datacol_outbox (ScaleID, \"Group\", Reading, Time, Date, TagID) "
+    "values (?, ?, ?, ?, ?, ?)";
 enum InsertField { scaleIdField, groupField, readingField, timeField, dateField, tagIdField };
 
 const QString kSelect =
     QStringLiteral("select ID, ScaleID, Reading, Date, Time, \"Group\", TagID from datacol");
+// The server keeps date and time in their own types, and hands them back as the file keeps them.
+const QString kServerSelect = QStringLiteral(
+    "select id, scaleid, reading, to_char(date, 'YYYY-MM-DD'), to_char(time, 'HH24:MI:SS'), "
+    "\"group\", tagid from datacol");
+
+enum class Key { id, scaleId, reading, date, time };
 
 // Fixed key columns, one list per order; nothing of them comes from data. Every order ends on
 // ID so that rows equal in the named fields keep their order of arrival, and so that each row
 // has a key of its own to page from.
-QStringList orderKeys(DataColOrder order) {
+QList<Key> orderKeys(DataColOrder order) {
     switch (order) {
     case DataColOrder::storeOrder:
     case DataColOrder::byId:
-        return {QStringLiteral("ID")};
+        return {Key::id};
     case DataColOrder::byDateTime:
-        return {QStringLiteral("Date"), QStringLiteral("Time"), QStringLiteral("ID")};
+        return {Key::date, Key::time, Key::id};
     case DataColOrder::byScaleId:
-        return {QStringLiteral("ScaleID"), QStringLiteral("Date"), QStringLiteral("Time"),
-                QStringLiteral("ID")};
+        return {Key::scaleId, Key::date, Key::time, Key::id};
     case DataColOrder::byReading:
-        return {QStringLiteral("Reading"), QStringLiteral("Date"), QStringLiteral("Time"),
-                QStringLiteral("ID")};
+        return {Key::reading, Key::date, Key::time, Key::id};
     }
-    return {QStringLiteral("ID")};
+    return {Key::id};
 }
 
-QString orderClause(DataColOrder order, bool descending = false) {
-    QStringList keys = orderKeys(order);
-    if (descending) {
-        for (QString& key : keys) {
-            key += QStringLiteral(" desc");
-        }
+// A key column as each store names and compares it. The file's text columns compare NOCASE:
+// ASCII letters folded, then byte by byte. The server does the same, whatever collation its
+// database was made with (lower() under "C" folds ASCII alone), and takes a bound key of the
+// column's own type.
+QString keyColumn(Key key, bool server) {
+    switch (key) {
+    case Key::id:
+        return server ? QStringLiteral("id") : QStringLiteral("ID");
+    case Key::scaleId:
+        return server ? QStringLiteral("lower(scaleid collate \"C\")") : QStringLiteral("ScaleID");
+    case Key::reading:
+        return server ? QStringLiteral("lower(reading collate \"C\")") : QStringLiteral("Reading");
+    case Key::date:
+        return server ? QStringLiteral("date") : QStringLiteral("Date");
+    case Key::time:
+        return server ? QStringLiteral("time") : QStringLiteral("Time");
+    }
+    return {};
+}
+
+QString keyMark(Key key, bool server) {
+    if (server && (key == Key::scaleId || key == Key::reading)) {
+        return QStringLiteral("lower(?::text collate \"C\")");
+    }
+    if (server && key == Key::date) {
+        return QStringLiteral("?::date");
+    }
+    if (server && key == Key::time) {
+        return QStringLiteral("?::time");
+    }
+    return QStringLiteral("?");
+}
+
+QString orderClause(const Connection& connection, DataColOrder order, bool descending = false) {
+    const bool server = connection.isServer();
+    QStringList keys;
+    for (Key key : orderKeys(order)) {
+        // SQLite puts nulls first going up; the server puts them last unless told.
+        keys << keyColumn(key, server) +
+                    (descending
+                         ? (server ? QStringLiteral(" desc nulls last") : QStringLiteral(" desc"))
+                         : (server ? QStringLiteral(" nulls first") : QString()));
     }
     return QStringLiteral(" order by ") + keys.join(QStringLiteral(", "));
 }
 
-QVariant keyValue(const DataColRow& row, const QString& column) {
-    if (column == u"ID") {
+// The rows a connection reads: on a server, this station's unless all stations' are asked for.
+struct Scope {
+    QString where;
+    QVariantList values;
+};
+Scope scopeOf(const Connection& connection) {
+    if (!connection.isServer() || connection.allStations()) {
+        return {};
+    }
+    return {QStringLiteral(" where station = ?"), {connection.station()}};
+}
+
+QString selectOf(const Connection& connection) {
+    return connection.isServer() ? kServerSelect : kSelect;
+}
+
+QVariant keyValue(const DataColRow& row, Key key) {
+    switch (key) {
+    case Key::id:
         return row.id;
-    }
-    if (column == u"ScaleID") {
+    case Key::scaleId:
         return row.scaleId;
-    }
-    if (column == u"Reading") {
+    case Key::reading:
         return row.reading;
-    }
-    if (column == u"Date") {
+    case Key::date:
         return row.date;
+    case Key::time:
+        return row.time;
     }
-    return row.time;
+    return {};
 }
 
 DataColRow rowAt(const QSqlQuery& query) {
@@ -96,9 +157,10 @@ constexpr qint64 kRebuildFrom = 50000;
 // conversions that a card of a million rows feels.
 class DataColInsert {
 public:
-    explicit DataColInsert(Connection& connection)
+    DataColInsert(Connection& connection, ReadingTable table)
         : connection_(connection), db_(connection.handle()) {
-        if (sqlite3_prepare_v3(db_, kInsert, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr) !=
+        const char* sql = table == ReadingTable::outbox ? kOutboxInsert : kInsert;
+        if (sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr) !=
             SQLITE_OK) {
             throw failure();
         }
@@ -164,11 +226,19 @@ QByteArrayView storedText(QByteArrayView latin1, std::string& scratch) {
 
 qint64 insertReading(Connection& connection, const QString& scaleId,
                      const std::optional<QString>& reading, const QDateTime& at) {
+    if (connection.isServer()) {
+        return insertServerReading(connection, scaleId, reading, at);
+    }
+    return insertReadingInto(connection, ReadingTable::datacol, scaleId, reading, at);
+}
+
+qint64 insertReadingInto(Connection& connection, ReadingTable table, const QString& scaleId,
+                         const std::optional<QString>& reading, const QDateTime& at) {
     const QByteArray scale = scaleId.toUtf8();
     const QByteArray value = reading ? reading->toUtf8() : QByteArray();
     const QByteArray time = storedTime(at.time()).toUtf8();
     const QByteArray date = storedDate(at.date()).toUtf8();
-    DataColInsert insert(connection);
+    DataColInsert insert(connection, table);
     insert.bind(scaleIdField, scaleId.isNull() ? QByteArrayView() : QByteArrayView(scale));
     insert.bind(groupField, {});
     insert.bind(readingField, reading ? QByteArrayView(value) : QByteArrayView());
@@ -178,8 +248,14 @@ qint64 insertReading(Connection& connection, const QString& scaleId,
     return insert.exec();
 }
 
-ReadingImport::ReadingImport(Connection& connection, qint64 expectedRows)
+ReadingImport::ReadingImport(Connection& connection, qint64 expectedRows, ReadingTable table)
     : connection_(connection), transaction_(connection) {
+    if (table == ReadingTable::outbox) {
+        // The outbox has no order indexes; it only ever goes out from its front.
+        prepareOutbox(connection);
+        insert_ = std::make_unique<DataColInsert>(connection, table);
+        return;
+    }
     // A row goes into each order index at a place of its own, all over the index; building an
     // index anew sorts the whole table once, which costs less than a third as much per row. So
     // an import that brings at least half as many rows as the table holds drops the indexes,
@@ -196,7 +272,7 @@ ReadingImport::ReadingImport(Connection& connection, qint64 expectedRows)
     // goes with it.
     connection.run(indexed ? QStringLiteral("pragma cache_size=-65536")
                            : QStringLiteral("pragma cache_size=-8192"));
-    insert_ = std::make_unique<DataColInsert>(connection);
+    insert_ = std::make_unique<DataColInsert>(connection, table);
 }
 
 ReadingImport::~ReadingImport() = default;
@@ -231,30 +307,46 @@ void ReadingImport::commit() {
 }
 
 void deleteAllReadings(Connection& connection) {
+    if (connection.isServer()) {
+        // Other stations' rows are theirs to clear, whatever this one's grid shows.
+        connection.run(QStringLiteral("delete from datacol where station = ?"),
+                       {connection.station()});
+        return;
+    }
     connection.run(QStringLiteral("delete from datacol"));
 }
 
 qint64 countReadings(Connection& connection) {
-    QSqlQuery query = connection.run(QStringLiteral("select count(*) from datacol"));
+    const Scope scope = scopeOf(connection);
+    QSqlQuery query =
+        connection.run(QStringLiteral("select count(*) from datacol") + scope.where, scope.values);
     query.next();
     return query.value(0).toLongLong();
 }
 
 qint64 countReadingsOn(Connection& connection, const QDate& day) {
-    QSqlQuery query = connection.run(QStringLiteral("select count(*) from datacol where Date = ?"),
-                                     {storedDate(day)});
+    Scope scope = scopeOf(connection);
+    QString where = scope.where.isEmpty() ? QStringLiteral(" where ") : scope.where + " and ";
+    where += connection.isServer() ? QStringLiteral("date = ?::date") : QStringLiteral("Date = ?");
+    scope.values << storedDate(day);
+    QSqlQuery query =
+        connection.run(QStringLiteral("select count(*) from datacol") + where, scope.values);
     query.next();
     return query.value(0).toLongLong();
 }
 
 QList<DataColRow> readings(Connection& connection, DataColOrder order) {
-    QSqlQuery query = connection.run(kSelect + orderClause(order));
+    const Scope scope = scopeOf(connection);
+    QSqlQuery query = connection.run(
+        selectOf(connection) + scope.where + orderClause(connection, order), scope.values);
     return rowsOf(query);
 }
 
 void forEachReading(Connection& connection, DataColOrder order,
                     const std::function<bool(const DataColRow&)>& row) {
-    QSqlQuery query = connection.run(kSelect + orderClause(order));
+    const Scope scope = scopeOf(connection);
+    QSqlQuery query = connection.run(
+        selectOf(connection) + scope.where + orderClause(connection, order), scope.values);
     while (query.next()) {
         if (!row(rowAt(query))) {
             return;
@@ -264,9 +356,12 @@ void forEachReading(Connection& connection, DataColOrder order,
 
 QList<DataColRow> readingsAt(Connection& connection, DataColOrder order, qint64 offset, int limit,
                              bool fromEnd) {
-    QSqlQuery query =
-        connection.run(kSelect + orderClause(order, fromEnd) + QStringLiteral(" limit ? offset ?"),
-                       {limit, offset});
+    Scope scope = scopeOf(connection);
+    scope.values << limit << offset;
+    QSqlQuery query = connection.run(selectOf(connection) + scope.where +
+                                         orderClause(connection, order, fromEnd) +
+                                         QStringLiteral(" limit ? offset ?"),
+                                     scope.values);
     QList<DataColRow> rows = rowsOf(query);
     if (fromEnd) {
         std::reverse(rows.begin(), rows.end());
@@ -276,24 +371,29 @@ QList<DataColRow> readingsAt(Connection& connection, DataColOrder order, qint64 
 
 std::optional<QList<DataColRow>> readingsBeside(Connection& connection, DataColOrder order,
                                                 const DataColRow& key, int limit, bool after) {
-    const QStringList keys = orderKeys(order);
-    QVariantList values;
-    for (const QString& column : keys) {
-        values << keyValue(key, column);
+    const bool server = connection.isServer();
+    QStringList columns;
+    QStringList marks;
+    Scope scope = scopeOf(connection);
+    for (Key column : orderKeys(order)) {
+        columns << keyColumn(column, server);
+        marks << keyMark(column, server);
+        scope.values << keyValue(key, column);
         // A null compares as unknown, so a key holding one cannot say where to go on from.
-        if (values.last().isNull()) {
+        if (scope.values.last().isNull()) {
             return std::nullopt;
         }
     }
-    QStringList marks;
-    marks.fill(QStringLiteral("?"), keys.size());
-    values << limit;
+    scope.values << limit;
+    const QString where = (scope.where.isEmpty() ? QStringLiteral(" where (")
+                                                 : scope.where + QStringLiteral(" and (")) +
+                          columns.join(QStringLiteral(", ")) +
+                          (after ? QStringLiteral(") > (") : QStringLiteral(") < (")) +
+                          marks.join(QStringLiteral(", ")) + QStringLiteral(")");
     QSqlQuery query =
-        connection.run(kSelect + QStringLiteral(" where (") + keys.join(QStringLiteral(", ")) +
-                           (after ? QStringLiteral(") > (") : QStringLiteral(") < (")) +
-                           marks.join(QStringLiteral(", ")) + QStringLiteral(")") +
-                           orderClause(order, !after) + QStringLiteral(" limit ?"),
-                       values);
+        connection.run(selectOf(connection) + where + orderClause(connection, order, !after) +
+                           QStringLiteral(" limit ?"),
+                       scope.values);
     QList<DataColRow> rows = rowsOf(query);
     if (!after) {
         std::reverse(rows.begin(), rows.end());
@@ -302,6 +402,10 @@ std::optional<QList<DataColRow>> readingsBeside(Connection& connection, DataColO
 }
 
 void prepareReadingStore(Connection& connection) {
+    if (connection.isServer()) {
+        // Made with the server's schema.
+        return;
+    }
     // A write-ahead log takes a stored reading to the disk with one sync, and every connection
     // syncs at each commit, so a row is on the disk when its store returns.
     connection.run(QStringLiteral("pragma journal_mode=wal"));

@@ -36,6 +36,12 @@ enum class DataColOrder { storeOrder, byId, byDateTime, byScaleId, byReading };
 qint64 insertReading(Connection& connection, const QString& scaleId,
                      const std::optional<QString>& reading, const QDateTime& at);
 
+// Where a data file takes a reading: datacol, or the outbox of a station whose readings go to a
+// server (Outbox.h). Both go the same fast way.
+enum class ReadingTable { datacol, outbox };
+qint64 insertReadingInto(Connection& local, ReadingTable table, const QString& scaleId,
+                         const std::optional<QString>& reading, const QDateTime& at);
+
 // A record of the SD card's log, as its reader hands it over: the card's text, one byte a
 // character, viewed in the reader's buffers until the next record. A null view is a field the
 // record does not set, stored as null.
@@ -57,8 +63,10 @@ class DataColInsert;
 class ReadingImport {
 public:
     // expectedRows: about how many records will come, or 0 if not known; the store may prepare
-    // differently for a long import.
-    explicit ReadingImport(Connection& connection, qint64 expectedRows = 0);
+    // differently for a long import. A station whose readings go to a server imports into its
+    // outbox, which sends them on as it does every reading.
+    explicit ReadingImport(Connection& connection, qint64 expectedRows = 0,
+                           ReadingTable table = ReadingTable::datacol);
     ~ReadingImport();
     ReadingImport(const ReadingImport&) = delete;
     ReadingImport& operator=(const ReadingImport&) = delete;
