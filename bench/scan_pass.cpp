@@ -2,7 +2,8 @@
 // stellwyn-sim pacing its line at 9600 baud both ways: how close a pass comes to the time its
 // bytes and waits need on the wire, and what it costs the processor, beside a plain poller
 // written the obvious way (write, read until CR with a timeout, sleep the gap) on the same
-// simulator in the same run. Then the same with three scales silent.
+// simulator in the same run, the two taking their passes in turns, a few at a time. Then the
+// same with three scales silent.
 //
 //   scan_pass [--passes N] [--sim PATH]
 #include "acquisition/AcquisitionContext.h"
@@ -83,9 +84,31 @@ double nowSeconds() {
     return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) / 1e9;
 }
 
+// The passes of one side, taken a few at a time in turns with the other's, so that both meet the
+// same moments of a machine that other work shares.
+struct Samples {
+    std::vector<double> times;
+    std::vector<double> cpu;
+    long switches = 0;
+
+    template <typename Pass> void measure(const Pass& pass) {
+        const long switchesStart = contextSwitches();
+        const double start = nowSeconds();
+        const double cpuStart = cpuSeconds();
+        pass();
+        cpu.push_back(cpuSeconds() - cpuStart);
+        times.push_back(nowSeconds() - start);
+        switches += contextSwitches() - switchesStart;
+    }
+    Figures figures() const {
+        return {median(times), median(cpu),
+                static_cast<double>(switches) / static_cast<double>(times.size())};
+    }
+};
+
 // The poller anyone would write first: for each scale, sleep the gap, write the request, read
 // until CR or the reply wait is over.
-Figures plainPoller(const QString& pty, int passes) {
+void plainPoller(const QString& pty, int passes, Samples& into) {
     const int fd = ::open(pty.toLocal8Bit().constData(), O_RDWR | O_NOCTTY);
     if (fd < 0) {
         std::fprintf(stderr, "scan_pass: the plain poller cannot open %s\n", qPrintable(pty));
@@ -120,19 +143,10 @@ Figures plainPoller(const QString& pty, int passes) {
         }
     };
     pass();
-    std::vector<double> times;
-    std::vector<double> cpu;
-    const long switchesStart = contextSwitches();
     for (int p = 0; p < passes; ++p) {
-        const double start = nowSeconds();
-        const double cpuStart = cpuSeconds();
-        pass();
-        cpu.push_back(cpuSeconds() - cpuStart);
-        times.push_back(nowSeconds() - start);
+        into.measure(pass);
     }
-    const auto switches = static_cast<double>(contextSwitches() - switchesStart);
     ::close(fd);
-    return {median(times), median(cpu), switches / passes};
 }
 
 // The simulator runs detached, its path written to a file: a child watched through pipes would
@@ -199,11 +213,6 @@ RunFigures run(const QString& simProgram, const QList<int>& silent, int passes) 
     core::Form1Controls f;
     std::unique_ptr<links::FtdiApi> ftdi = links::makeFtdiApi(settings, {}, clock);
     links::UsbLink usb(m, *ftdi, dialogs);
-    usb.usb_open();
-    if (m.usbinitfail != 0) {
-        std::fprintf(stderr, "scan_pass: the adapter on %s did not open\n", qPrintable(pty));
-        std::exit(1);
-    }
     m.commtype = QStringLiteral("USB485");
     m.netdeltime = netdeltime;
     m.scalecount = scales;
@@ -217,24 +226,26 @@ RunFigures run(const QString& simProgram, const QList<int>& silent, int passes) 
     acquisition::Scanners scanners(context);
     acquisition::ModeTimers timers(context, scanners);
 
-    timers.Timer1_Timer(0); // settles the line and the simulator before measuring
-    std::vector<double> times;
-    std::vector<double> cpu;
-    const long switchesStart = contextSwitches();
-    for (int p = 0; p < passes; ++p) {
-        QElapsedTimer pass;
-        pass.start();
-        const double cpuStart = cpuSeconds();
-        timers.Timer1_Timer(0);
-        cpu.push_back(cpuSeconds() - cpuStart);
-        times.push_back(static_cast<double>(pass.nsecsElapsed()) / 1e9);
+    Samples program;
+    Samples plain;
+    constexpr int rounds = 4;
+    for (int round = 0; round < rounds; ++round) {
+        const int inRound = passes / rounds + (round < passes % rounds ? 1 : 0);
+        usb.usb_open();
+        if (m.usbinitfail != 0) {
+            std::fprintf(stderr, "scan_pass: the adapter on %s did not open\n", qPrintable(pty));
+            std::exit(1);
+        }
+        timers.Timer1_Timer(0); // settles the line and the simulator before measuring
+        for (int p = 0; p < inRound; ++p) {
+            program.measure([&] { timers.Timer1_Timer(0); });
+        }
+        usb.usb_close();
+        plainPoller(pty, inRound, plain);
     }
-    const auto switches = static_cast<double>(contextSwitches() - switchesStart);
-    usb.usb_close();
     ftdi.reset();
-    const Figures plain = plainPoller(pty, passes);
     ::kill(static_cast<pid_t>(sim.pid), SIGTERM);
-    return {{median(times), median(cpu), switches / passes}, plain};
+    return {program.figures(), plain.figures()};
 }
 
 // False when the program's pass beats the wire (the floor is then no floor) or costs more
