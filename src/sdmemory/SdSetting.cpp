@@ -8,6 +8,33 @@
 
 namespace stellwyn::sdmemory {
 
+namespace {
+
+// A path as the list spells its entries: one separator between names and one at the end. The
+// path in use carries the separator OK appended, and a picked folder may carry none; both must
+// land on the folder's own entry, or every OK would add a separator and a new entry.
+QString entryOf(const QString& path) {
+    QString entry = QDir::cleanPath(path);
+    if (!entry.endsWith(QDir::separator())) {
+        entry += QDir::separator();
+    }
+    return entry;
+}
+
+// The list's entry for `path`, added at the end when the list has none.
+int entryIndex(QStringList& items, const QString& path) {
+    const QString entry = entryOf(path);
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (entryOf(items.at(i)) == entry) {
+            return static_cast<int>(i);
+        }
+    }
+    items << entry;
+    return static_cast<int>(items.size() - 1);
+}
+
+} // namespace
+
 SdSetting::SdSetting(core::Module1& m, core::Dialogs& dialogs, DriveQueries& queries,
                      QObject* parent)
     : QObject(parent), m_(m), dialogs_(dialogs), queries_(queries) {
@@ -26,12 +53,7 @@ void SdSetting::Form_Load() {
     // The list starts on the drive of the path in use, as a drive list opens on its drive.
     Drive1.listIndex = Drive1.items.isEmpty() ? -1 : 0;
     if (!m_.sddrivepath.isEmpty()) {
-        qsizetype at = Drive1.items.indexOf(m_.sddrivepath);
-        if (at < 0) {
-            Drive1.items << m_.sddrivepath;
-            at = Drive1.items.size() - 1;
-        }
-        Drive1.listIndex = static_cast<int>(at);
+        Drive1.listIndex = entryIndex(Drive1.items, m_.sddrivepath);
     }
     if (m_.sddrivechosen != 1) {
         for (int i = 0; i < Drive1.items.size(); ++i) {
@@ -106,15 +128,7 @@ void SdSetting::fillFields() {
 
 void SdSetting::Drive1_Change(int index, const QString& folder) {
     if (index < 0) {
-        QString entry = QDir::cleanPath(folder);
-        if (!entry.endsWith(QDir::separator())) {
-            entry += QDir::separator();
-        }
-        index = static_cast<int>(Drive1.items.indexOf(entry));
-        if (index < 0) {
-            Drive1.items << entry;
-            index = static_cast<int>(Drive1.items.size() - 1);
-        }
+        index = entryIndex(Drive1.items, folder);
     }
     Drive1.listIndex = index;
     dialogs_.setBusy(true);

@@ -335,6 +335,11 @@ private slots:
         again.Form_Load();
         QCOMPARE(dialogs.texts(),
                  QStringList{"message: User Setted '" + m.sddrivepath + "'as Default SD Drive"});
+        QCOMPARE(again.Drive1.items,
+                 (QStringList{"/", "/media/a/", "/media/b/", home.path() + u'/'}));
+        again.cmd_OK_Click();
+        QCOMPARE(m.sddrivechosen, std::int16_t(1));
+        QCOMPARE(m.sddrivepath, home.path() + QStringLiteral("//"));
     }
 
     void settingShowsEmptyDrives_data() {
