@@ -13,6 +13,7 @@
 #include <QScrollBar>
 #include <QTableView>
 #include <QTableWidget>
+#include <array>
 
 namespace stellwyn::display {
 
@@ -21,6 +22,10 @@ constexpr int fontTwips = 160;
 constexpr int rowTwips = 270;
 // Room for the grid's frame and its scroll bar beside the two columns.
 constexpr int gridMarginTwips = 330;
+// The saved readings' columns ID, ScaleID, Reading and Date, each wide enough for its text in
+// the grid's font with room to spare, so that they hold it at every size the screen takes. Time,
+// the last, stretches over the rest of the grid.
+constexpr std::array<int, 4> dataColumnTwips = {1100, 1300, 1800, 1800};
 
 void paneBackground(QWidget* pane) {
     pane->setAutoFillBackground(true);
@@ -169,6 +174,9 @@ void DataWindowView::setScale(double scale) {
     grid_->horizontalHeader()->setFont(gridFont);
     grid_->verticalHeader()->setDefaultSectionSize(toPixels(rowTwips, scale));
     grid_->horizontalHeader()->setFixedHeight(toPixels(rowTwips, scale));
+    for (std::size_t c = 0; c < dataColumnTwips.size(); ++c) {
+        grid_->setColumnWidth(static_cast<int>(c), toPixels(dataColumnTwips.at(c), scale));
+    }
 }
 
 void DataWindowView::sync() {

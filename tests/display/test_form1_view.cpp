@@ -12,11 +12,13 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QFontDatabase>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QTableView>
 #include <QTableWidget>
 #include <QTest>
 
@@ -61,6 +63,8 @@ private slots:
     void readingWithLetters_takesTheFourteenSegmentFace_data();
     void readingWithLetters_takesTheFourteenSegmentFace();
     void host_showsAFreshScreenOnceTheUnloadedOneHasGone();
+    void dataGrid_columnsHoldTheirTextAtAnySize_data() { keypad_hitsTheKeyDrawnThere_data(); }
+    void dataGrid_columnsHoldTheirTextAtAnySize();
 };
 
 void Form1ViewTest::screenLabel_showsTheReplyOfTheChosenScale() {
@@ -211,6 +215,32 @@ void Form1ViewTest::host_showsAFreshScreenOnceTheUnloadedOneHasGone() {
     QTRY_COMPARE(s.m.formactive, core::vbTrue);
     QVERIFY(!host.form()->isUnloaded());
     QCOMPARE(area.subWindowList().size(), 1);
+}
+
+void Form1ViewTest::dataGrid_columnsHoldTheirTextAtAnySize() {
+    QFETCH(double, zoom);
+    SimScreen screen;
+    screen.s.timers->runFor(1.0);
+    screen.s.f().btn_dataLogAll.Click();
+    screen.s.f().opt_datacol.setValue(true);
+    const QRect design = screen.view.formGeometry();
+    screen.view.resize(static_cast<int>(design.width() * zoom),
+                       static_cast<int>(design.height() * zoom * 1.5));
+    screen.view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&screen.view));
+    auto* table = screen.view.findChild<QTableView*>(QStringLiteral("DataGrid1"));
+    // The table's own measure of its cells, which it keeps out of its public face.
+    const QAbstractItemView* grid = table;
+    QCOMPARE(table->model()->rowCount(), 2);
+    for (int c = 0; c < table->model()->columnCount(); ++c) {
+        const int needed =
+            std::max(grid->sizeHintForColumn(c), table->horizontalHeader()->sectionSizeHint(c));
+        QVERIFY2(table->columnWidth(c) >= needed,
+                 qPrintable(QStringLiteral("column %1: %2 px for %3")
+                                .arg(c)
+                                .arg(table->columnWidth(c))
+                                .arg(needed)));
+    }
 }
 
 QTEST_MAIN(Form1ViewTest)
