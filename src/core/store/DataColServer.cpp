@@ -40,10 +40,17 @@ const char* const kSteps[] = {
 };
 static_assert(std::size(kSteps) == kSchemaVersion);
 
+// Read from pg_class itself, not through to_regclass: that answers from the backend's cache of
+// name lookups, which waiting on the advisory lock does not refresh, so a station that looked
+// before another made the tables would still find none there once it holds the lock. Reading
+// the catalogue takes a fresh snapshot, and its lock on pg_class has the backend take in what
+// was committed meanwhile before the select below looks the name up.
 int versionOf(Connection& server) {
-    QSqlQuery exists = server.run(QStringLiteral("select to_regclass('schema_version') is null"));
+    QSqlQuery exists =
+        server.run(QStringLiteral("select exists (select from pg_catalog.pg_class where relname = "
+                                  "'schema_version' and pg_catalog.pg_table_is_visible(oid))"));
     exists.next();
-    if (exists.value(0).toBool()) {
+    if (!exists.value(0).toBool()) {
         return -1;
     }
     QSqlQuery query = server.run(QStringLiteral("select coalesce(max(version), 0) from "

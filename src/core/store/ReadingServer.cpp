@@ -7,6 +7,7 @@
 #include <QSysInfo>
 #include <QUrl>
 #include <QUrlQuery>
+#include <mutex>
 
 namespace stellwyn::core {
 
@@ -42,6 +43,10 @@ QHash<QString, Seen>& seen() {
     static QHash<QString, Seen> servers;
     return servers;
 }
+
+// A connection may be opened on any thread (its name is counted atomically for that), so two may
+// note the same server at once.
+std::mutex seenMutex;
 
 } // namespace
 
@@ -139,16 +144,19 @@ QString serverAwayMessage(const QString& shownUrl, const QString& problem) {
 }
 
 QString serverProblem(const QString& url) {
+    const std::lock_guard lock(seenMutex);
     const auto it = seen().constFind(url);
     return it == seen().cend() ? QString() : it->problem;
 }
 
 bool serverAway(const QString& url) {
+    const std::lock_guard lock(seenMutex);
     const auto it = seen().constFind(url);
     return it != seen().cend() && !it->problem.isEmpty() && it->since.elapsed() < kAwayForMs;
 }
 
 bool noteServerAnswered(const QString& url) {
+    const std::lock_guard lock(seenMutex);
     Seen& state = seen()[url];
     const bool changed = !state.problem.isEmpty();
     state.problem.clear();
@@ -156,6 +164,7 @@ bool noteServerAnswered(const QString& url) {
 }
 
 bool noteServerAway(const QString& url, const QString& problem) {
+    const std::lock_guard lock(seenMutex);
     Seen& state = seen()[url];
     const bool changed = state.problem != problem;
     state.problem = problem;
