@@ -8,6 +8,7 @@
 #include <QAtomicInteger>
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QUrl>
@@ -23,14 +24,31 @@ QString uniqueConnectionName() {
 }
 
 // The database's own words are the useful part; Qt's wrapper text adds only "Unable to ...".
-// On one line: libpq's run over several, and the status bar shows one.
+// On one line, as the status bar shows one, yet still read as libpq's several messages: each
+// starts a line of its own, a long one goes on over indented lines, and QPSQL puts the SQLSTATE
+// after the last as "(code)", or "()" when there is none.
 QString textOf(const QSqlError& error) {
-    QString text = error.databaseText().simplified();
-    if (text.isEmpty()) {
-        text = error.text().simplified();
+    QString said = error.databaseText();
+    if (said.trimmed().isEmpty()) {
+        said = error.text();
     }
-    if (text.endsWith(QStringLiteral(" ()"))) {
-        text.chop(3);
+    static const QRegularExpression sqlState(QStringLiteral("^\\(\\w+\\)$"));
+    QString text;
+    bool indented = false;
+    for (const QString& line : said.split(QLatin1Char('\n'))) {
+        const QString part = line.simplified();
+        if (part.isEmpty() || part == u"()") {
+            continue;
+        }
+        // Only an indented line after an indented one goes on with it: the first indented one is
+        // libpq's hint to the message above.
+        const bool indent = line.front().isSpace();
+        const bool goesOn = (indented && indent) || sqlState.match(part).hasMatch();
+        if (!text.isEmpty()) {
+            text += goesOn ? QStringLiteral(" ") : QStringLiteral("; ");
+        }
+        text += part;
+        indented = indent;
     }
     return text;
 }

@@ -134,13 +134,12 @@ ServerAddress serverAddress(const QString& url) {
 }
 
 QString serverAwayMessage(const QString& shownUrl, const QString& problem) {
-    QString said = problem;
-    if (said.endsWith(QLatin1Char('.'))) {
-        said.chop(1);
-    }
-    return QStringLiteral("Readings server %1 cannot be reached: %2. Readings wait on this "
+    // libpq ends some of its messages with a stop or a question of their own.
+    const bool ended = problem.endsWith(QLatin1Char('.')) || problem.endsWith(QLatin1Char('?')) ||
+                       problem.endsWith(QLatin1Char('!'));
+    return QStringLiteral("Readings server %1 cannot be reached: %2%3 Readings wait on this "
                           "station until it answers.")
-        .arg(shownUrl, said);
+        .arg(shownUrl, problem, ended ? QString() : QStringLiteral("."));
 }
 
 QString serverProblem(const QString& url) {
