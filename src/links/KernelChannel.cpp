@@ -1,30 +1,40 @@
 #include "links/KernelChannel.h"
 
+#include "links/LinksLog.h"
 #include "links/LowLatency.h"
-#include "links/QtLineSettings.h"
 
+#include <QDeadlineTimer>
 #include <QSerialPortInfo>
 #include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace stellwyn::links {
 
+namespace {
+// Requests are a few bytes; a line held by its flow control for good must not make them pile
+// up without end.
+constexpr qsizetype pendingCap = 64 * 1024;
+
+bool deviceGone(int err) {
+    return err == EIO || err == ENXIO || err == ENODEV || err == EBADF;
+}
+} // namespace
+
 KernelChannel::KernelChannel(const QString& path, const QByteArray& serialNumber,
                              std::function<void(const QString&)> showStatus)
     : path_(path), serialNumber_(serialNumber), presence_(path, std::move(showStatus)) {
-    // An adapter pulled from its socket leaves the link silent; the port is let go at the
-    // next call, outside the port's own read in which the error is raised.
     gathering_.setSingleShot(true);
     gathering_.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&gathering_, &QTimer::timeout, [this] { release(); });
-    QObject::connect(&port_, &QSerialPort::errorOccurred, [this](QSerialPort::SerialPortError e) {
-        if (e == QSerialPort::ResourceError) {
-            lost_ = true;
-        }
-        if (e != QSerialPort::NoError && e != QSerialPort::TimeoutError) {
-            countLinkError();
-        }
-    });
+}
+
+KernelChannel::~KernelChannel() {
+    closeDevice();
 }
 
 std::unique_ptr<KernelChannel> KernelChannel::open(const QString& path,
@@ -32,22 +42,76 @@ std::unique_ptr<KernelChannel> KernelChannel::open(const QString& path,
                                                    std::function<void(const QString&)> showStatus) {
     std::unique_ptr<KernelChannel> channel(
         new KernelChannel(path, serialNumber, std::move(showStatus)));
-    channel->port_.setPortName(path);
-    if (!channel->port_.open(QIODevice::ReadWrite)) {
+    if (!channel->openAt(path)) {
         return nullptr;
     }
-    // The adapter starts at the line the program always asks for; the calls that follow set
-    // it again one by one, each able to fail on its own.
-    applyLineSettings(channel->port_, channel->line_);
-    requestLowLatency(static_cast<int>(channel->port_.handle()));
     return channel;
 }
 
-bool KernelChannel::setBaudRate(DWORD baud) {
-    if (!usable() || baud == 0 || !port_.setBaudRate(static_cast<qint32>(baud))) {
+bool KernelChannel::openAt(const QString& place) {
+    const int fd =
+        ::open(place.toLocal8Bit().constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
         return false;
     }
-    line_.baud = static_cast<int>(baud);
+    // One holder at a time, another program included: the exclusive mode keeps out other users,
+    // the lock keeps out another holder of ours whoever it runs as.
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        ::close(fd);
+        return false;
+    }
+    ::ioctl(fd, TIOCEXCL);
+    fd_ = fd;
+    savedLine_ = saveTtyLine(fd);
+    // The adapter gets the line the program asked for last (at first, the one it always asks
+    // for); the calls that follow set it again one by one, each able to fail on its own.
+    setTtyLine(fd, line_, flow_);
+    requestLowLatency(fd);
+    readable_ = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
+    QObject::connect(readable_.get(), &QSocketNotifier::activated, [this] {
+        readable_->setEnabled(false);
+        woke_ = true;
+    });
+    writable_ = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Write);
+    writable_->setEnabled(false);
+    QObject::connect(writable_.get(), &QSocketNotifier::activated, [this] { sendPending(); });
+    lost_ = false;
+    woke_ = false;
+    return true;
+}
+
+void KernelChannel::closeDevice() {
+    gathering_.stop();
+    readable_.reset();
+    writable_.reset();
+    pending_.clear();
+    if (fd_ >= 0) {
+        restoreTtyLine(fd_, savedLine_);
+        ::ioctl(fd_, TIOCNXCL);
+        ::close(fd_);
+        fd_ = -1;
+    }
+}
+
+void KernelChannel::failed(int err) {
+    countLinkError();
+    if (deviceGone(err)) {
+        lost_ = true;
+    } else {
+        qCInfo(lcFtdi, "%s: %s", qPrintable(path_), strerror(err));
+    }
+}
+
+bool KernelChannel::setBaudRate(DWORD baud) {
+    if (!usable() || baud == 0 || baud > 0x7fffffff) {
+        return false;
+    }
+    LineSettings next = line_;
+    next.baud = static_cast<int>(baud);
+    if (!setTtyLine(fd_, next, flow_)) {
+        return false;
+    }
+    line_ = next;
     return true;
 }
 
@@ -55,15 +119,14 @@ bool KernelChannel::setFraming(int dataBits, int stopBits, char parity) {
     if (!usable()) {
         return false;
     }
-    LineSettings settings;
-    settings.baud = port_.baudRate();
-    settings.dataBits = dataBits;
-    settings.stopBits = stopBits;
-    settings.parity = parity;
-    if (!applyLineSettings(port_, settings)) {
+    LineSettings next = line_;
+    next.dataBits = dataBits;
+    next.stopBits = stopBits;
+    next.parity = parity;
+    if (!setTtyLine(fd_, next, flow_)) {
         return false;
     }
-    line_ = settings;
+    line_ = next;
     return true;
 }
 
@@ -71,20 +134,20 @@ bool KernelChannel::setFlowControl(std::uint16_t flowControl) {
     if (!usable()) {
         return false;
     }
-    QSerialPort::FlowControl flow = QSerialPort::NoFlowControl;
+    TtyFlow flow = TtyFlow::none;
     switch (flowControl) {
     case FT_FLOW_NONE:
         break;
     case FT_FLOW_RTS_CTS:
-        flow = QSerialPort::HardwareControl;
+        flow = TtyFlow::rtsCts;
         break;
     case FT_FLOW_XON_XOFF:
-        flow = QSerialPort::SoftwareControl;
+        flow = TtyFlow::xonXoff;
         break;
     default:
         return false;
     }
-    if (!port_.setFlowControl(flow)) {
+    if (!setTtyLine(fd_, line_, flow)) {
         return false;
     }
     flow_ = flow;
@@ -95,31 +158,53 @@ void KernelChannel::write(const QByteArray& bytes) {
     if (!usable()) {
         return;
     }
-    // A request of a few bytes goes straight to the device when nothing is queued before it:
-    // the port's own path arms and disarms a write notifier for each one, and every arming
-    // wakes the event loop once more for nothing.
-    qint64 sent = 0;
-    if (port_.bytesToWrite() == 0) {
-        while (sent < bytes.size()) {
-            const ssize_t n = ::write(static_cast<int>(port_.handle()), bytes.constData() + sent,
-                                      static_cast<size_t>(bytes.size() - sent));
-            if (n > 0) {
-                sent += n;
-            } else if (n < 0 && errno == EINTR) {
-                continue;
-            } else {
-                if (n < 0 && (errno == EIO || errno == ENXIO || errno == ENODEV)) {
-                    lost_ = true;
-                    return;
-                }
-                break; // a full line buffer: the port queues the rest
-            }
+    // A request goes straight to the driver; only what it will not take yet waits here, sent on
+    // as the device can take it, behind nothing and before anything written later.
+    qsizetype sent = 0;
+    while (pending_.isEmpty() && sent < bytes.size()) {
+        const ssize_t n =
+            ::write(fd_, bytes.constData() + sent, static_cast<size_t>(bytes.size() - sent));
+        if (n > 0) {
+            sent += n;
+        } else if (n < 0 && errno == EINTR) {
+            continue;
+        } else if (n < 0 && errno != EAGAIN) {
+            failed(errno);
+            return;
+        } else {
+            break;
         }
     }
-    if (sent < bytes.size()) {
-        port_.write(bytes.constData() + sent, bytes.size() - sent);
-        port_.flush();
+    if (sent == bytes.size()) {
+        return;
     }
+    if (pending_.size() + bytes.size() - sent > pendingCap) {
+        countLinkError();
+        qCWarning(lcFtdi, "%s: the device takes nothing; %lld bytes not sent", qPrintable(path_),
+                  static_cast<long long>(bytes.size() - sent));
+        return;
+    }
+    pending_.append(bytes.constData() + sent, bytes.size() - sent);
+    writable_->setEnabled(true);
+}
+
+void KernelChannel::sendPending() {
+    while (!pending_.isEmpty()) {
+        const ssize_t n = ::write(fd_, pending_.constData(), static_cast<size_t>(pending_.size()));
+        if (n > 0) {
+            pending_.remove(0, n);
+        } else if (n < 0 && errno == EINTR) {
+            continue;
+        } else {
+            if (n < 0 && errno != EAGAIN) {
+                failed(errno);
+                pending_.clear();
+                break;
+            }
+            return;
+        }
+    }
+    writable_->setEnabled(false);
 }
 
 void KernelChannel::gather(int bytes) {
@@ -130,46 +215,99 @@ void KernelChannel::gather(int bytes) {
     const int bits =
         1 + line_.dataBits + (line_.parity == 'N' ? 0 : 1) + (line_.stopBits >= 2 ? 2 : 1);
     const int ms = (bytes * bits * 1000 + line_.baud - 1) / line_.baud;
-    // A port with a full buffer stops listening to the device, which then wakes nobody.
-    port_.setReadBufferSize(std::max<qint64>(1, port_.bytesAvailable()));
+    readable_->setEnabled(false);
     gathering_.start(std::max(1, ms));
 }
 
 void KernelChannel::release() {
-    if (port_.readBufferSize() == 0) {
-        return;
-    }
     gathering_.stop();
-    port_.setReadBufferSize(0);
-    takeIn(0);
+}
+
+void KernelChannel::watchForInput() {
+    if (readable_ && !gathering_.isActive()) {
+        woke_ = false;
+        readable_->setEnabled(true);
+    }
 }
 
 qint64 KernelChannel::waiting() {
     if (!usable() || gathering_.isActive()) {
         return 0;
     }
-    // Bytes already taken in are enough of an answer; asking the system again for each of
-    // them would cost a call every time the scan looks.
-    if (port_.bytesAvailable() == 0) {
-        takeIn(0);
+    int n = 0;
+    if (::ioctl(fd_, FIONREAD, &n) != 0) {
+        failed(errno);
+        return 0;
     }
-    return usable() ? port_.bytesAvailable() : 0;
+    if (n > 0) {
+        return n;
+    }
+    // Woken for input, and there is none: the device hung up (a pulled adapter, the far end of
+    // a pseudo-terminal closed), which wakes every wait from now on.
+    if (woke_) {
+        pollfd p{fd_, POLLIN, 0};
+        if (::poll(&p, 1, 0) == 1 && (p.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) {
+            failed(EIO);
+            return 0;
+        }
+    }
+    watchForInput();
+    return 0;
 }
 
 QByteArray KernelChannel::read(qint64 maxSize, int timeoutMs) {
     release();
-    QDeadlineTimer deadline(timeoutMs);
-    if (usable() && port_.bytesAvailable() < maxSize) {
-        takeIn(0);
+    QByteArray out;
+    if (maxSize <= 0 || !usable()) {
+        return out;
     }
-    while (usable() && port_.bytesAvailable() < maxSize && !deadline.hasExpired()) {
-        takeIn(static_cast<int>(deadline.remainingTime()));
+    out.resize(maxSize);
+    qint64 got = 0;
+    const QDeadlineTimer deadline(timeoutMs);
+    while (got < maxSize) {
+        const ssize_t n = ::read(fd_, out.data() + got, static_cast<size_t>(maxSize - got));
+        if (n > 0) {
+            got += n;
+            continue;
+        }
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n < 0 && errno != EAGAIN) {
+            failed(errno);
+            break;
+        }
+        const qint64 left = deadline.remainingTime();
+        if (left == 0) {
+            break;
+        }
+        pollfd p{fd_, POLLIN, 0};
+        const int r = ::poll(&p, 1, left < 0 ? -1 : static_cast<int>(left));
+        if (r < 0 && errno == EINTR) {
+            continue;
+        }
+        if (r <= 0) {
+            break;
+        }
+        if ((p.revents & POLLIN) == 0) {
+            failed(EIO);
+            break;
+        }
     }
-    return usable() ? port_.read(maxSize) : QByteArray();
+    out.truncate(got);
+    watchForInput();
+    return out;
 }
 
 qint64 KernelChannel::toWrite() {
-    return usable() ? port_.bytesToWrite() : 0;
+    if (!usable()) {
+        return 0;
+    }
+    int queued = 0;
+    if (::ioctl(fd_, TIOCOUTQ, &queued) != 0) {
+        queued = 0;
+    }
+    return pending_.size() + queued;
 }
 
 void KernelChannel::purge(bool received, bool toSend) {
@@ -177,50 +315,38 @@ void KernelChannel::purge(bool received, bool toSend) {
     if (!usable()) {
         return;
     }
-    takeIn(0);
     if (received) {
-        port_.clear(QSerialPort::Input);
-        port_.readAll();
+        ::tcflush(fd_, TCIFLUSH);
     }
     if (toSend) {
-        port_.clear(QSerialPort::Output);
+        ::tcflush(fd_, TCOFLUSH);
+        pending_.clear();
+        writable_->setEnabled(false);
     }
 }
 
 DWORD KernelChannel::modemStatus() {
-    if (!usable()) {
+    int pins = 0;
+    if (!usable() || ::ioctl(fd_, TIOCMGET, &pins) != 0) {
         return 0;
     }
-    const QSerialPort::PinoutSignals pins = port_.pinoutSignals();
-    port_.clearError();
     DWORD status = 0;
-    status |= pins.testFlag(QSerialPort::ClearToSendSignal) ? FT_MODEM_CTS : 0;
-    status |= pins.testFlag(QSerialPort::DataSetReadySignal) ? FT_MODEM_DSR : 0;
-    status |= pins.testFlag(QSerialPort::RingIndicatorSignal) ? FT_MODEM_RI : 0;
-    status |= pins.testFlag(QSerialPort::DataCarrierDetectSignal) ? FT_MODEM_DCD : 0;
+    status |= (pins & TIOCM_CTS) != 0 ? FT_MODEM_CTS : 0;
+    status |= (pins & TIOCM_DSR) != 0 ? FT_MODEM_DSR : 0;
+    status |= (pins & TIOCM_RI) != 0 ? FT_MODEM_RI : 0;
+    status |= (pins & TIOCM_CD) != 0 ? FT_MODEM_DCD : 0;
     return status;
 }
 
-void KernelChannel::takeIn(int timeoutMs) {
-    if (!usable()) {
-        return;
-    }
-    port_.waitForReadyRead(timeoutMs);
-    if (!lost_) {
-        // Nothing having come within the wait is no error of the device.
-        port_.clearError();
-    }
-}
-
 bool KernelChannel::usable() {
-    if (lost_ && port_.isOpen()) {
-        port_.close();
+    if (lost_ && fd_ >= 0) {
+        closeDevice();
         presence_.lost();
     }
     if (presence_.away()) {
         presence_.tryBack([this] { return reopen(); });
     }
-    return port_.isOpen();
+    return fd_ >= 0;
 }
 
 bool KernelChannel::reopen() {
@@ -237,20 +363,7 @@ bool KernelChannel::reopen() {
             }
         }
     }
-    port_.clearError();
     return false;
-}
-
-bool KernelChannel::openAt(const QString& place) {
-    port_.setPortName(place);
-    if (!port_.open(QIODevice::ReadWrite)) {
-        return false;
-    }
-    applyLineSettings(port_, line_);
-    port_.setFlowControl(flow_);
-    requestLowLatency(static_cast<int>(port_.handle()));
-    lost_ = false;
-    return true;
 }
 
 } // namespace stellwyn::links

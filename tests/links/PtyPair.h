@@ -28,6 +28,13 @@ private:
     QString slavePath_;
 };
 
+// The baud rates a terminal device holds, as numbers (rates off the standard list included).
+struct LineSpeed {
+    unsigned in = 0;
+    unsigned out = 0;
+};
+LineSpeed lineSpeed(int fd);
+
 // The 256 byte values in order, for checks that a line passes every byte untouched.
 QByteArray allByteValues();
 

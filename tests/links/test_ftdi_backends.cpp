@@ -16,7 +16,10 @@
 #include "links/UsbLink.h"
 
 #include <QTest>
+#include <fcntl.h>
 #include <memory>
+#include <termios.h>
+#include <unistd.h>
 
 using namespace stellwyn;
 using links::DWORD;
@@ -75,6 +78,8 @@ private slots:
     void kernel_portNamesInReadingOrder();
     void kernel_bytesPassBothWaysAndPurgeEmpties();
     void kernel_oneHolderPerDevice();
+    void kernel_lineReachesTheDevice_data();
+    void kernel_lineReachesTheDevice();
     void kernel_gatheredBytesAreHeldThenHandedOverWhole_data();
     void kernel_gatheredBytesAreHeldThenHandedOverWhole();
     void sim_readWaitsOnTheClockUpToItsTimeout();
@@ -137,9 +142,23 @@ void FtdiBackends::kernel_bytesPassBothWaysAndPurgeEmpties() {
         FT_OK);
     QCOMPARE(buffer.at(0), '\0');
 
+    // Every byte value, then more than the terminal's buffers hold (the link's own writes are
+    // cut at its write buffer, so through the driver call): what the device will not take yet
+    // waits and follows in order as the far end reads, before the request written after it.
+    const QByteArray bulk = allByteValues().repeated(192);
     link.usb_write(allByteValues());
+    DWORD written = 0;
+    QCOMPARE(ftdi.FT_Write(s.m.usbhandle, bulk, static_cast<DWORD>(bulk.size()), written), FT_OK);
     link.usb_write(request(130));
-    QCOMPARE(pty.receive(256 + 3, kWireTimeoutMs), allByteValues().left(256) + request(130));
+    const QByteArray sent = allByteValues() + bulk + request(130);
+    QByteArray got;
+    QVERIFY(QTest::qWaitFor(
+        [&] {
+            got += pty.receive(sent.size() - got.size(), 5);
+            return got.size() >= sent.size();
+        },
+        kWireTimeoutMs));
+    QVERIFY(got == sent);
 
     pty.send("stale bytes");
     DWORD waiting = 0;
@@ -167,6 +186,66 @@ void FtdiBackends::kernel_oneHolderPerDevice() {
     QCOMPARE(ftdi.FT_Close(first), FT_OK);
     QCOMPARE(ftdi.FT_Close(first), links::FT_INVALID_HANDLE);
     QCOMPARE(ftdi.FT_Open(0, second), FT_OK);
+}
+
+void FtdiBackends::kernel_lineReachesTheDevice_data() {
+    QTest::addColumn<DWORD>("baud");
+    QTest::addColumn<int>("wordLength");
+    QTest::addColumn<int>("stopBits");
+    QTest::addColumn<int>("parity");
+    QTest::addColumn<std::uint16_t>("flow");
+    QTest::addColumn<unsigned>("cflag");
+    QTest::addColumn<unsigned>("iflag");
+
+    QTest::newRow("9600 8N1") << DWORD(9600) << 8 << 0 << 0 << links::FT_FLOW_NONE << 0u << 0u;
+    QTest::newRow("250000 7E2, a rate off the standard list")
+        << DWORD(250000) << 7 << 2 << 2 << links::FT_FLOW_NONE << unsigned(CSTOPB) << 0u;
+    QTest::newRow("19200 8O1, RTS/CTS") << DWORD(19200) << 8 << 0 << 1 << links::FT_FLOW_RTS_CTS
+                                        << unsigned(PARODD | CRTSCTS) << 0u;
+    QTest::newRow("4800 8M1") << DWORD(4800) << 8 << 0 << 3 << links::FT_FLOW_NONE
+                              << unsigned(CMSPAR | PARODD) << 0u;
+    QTest::newRow("1200 8S1, XON/XOFF") << DWORD(1200) << 8 << 0 << 4 << links::FT_FLOW_XON_XOFF
+                                        << unsigned(CMSPAR) << unsigned(IXON | IXOFF);
+}
+
+void FtdiBackends::kernel_lineReachesTheDevice() {
+    QFETCH(DWORD, baud);
+    QFETCH(int, wordLength);
+    QFETCH(int, stopBits);
+    QFETCH(int, parity);
+    QFETCH(std::uint16_t, flow);
+    QFETCH(unsigned, cflag);
+    QFETCH(unsigned, iflag);
+    PtyPair pty;
+    QVERIFY(pty.ok());
+    Station s;
+    s.usbSetting("Devices", pty.slavePath());
+    links::KernelFtdi ftdi(s.settings);
+    FtHandle handle = 0;
+    QCOMPARE(ftdi.FT_Open(0, handle), FT_OK);
+    QCOMPARE(ftdi.FT_SetBaudRate(handle, baud), FT_OK);
+    QCOMPARE(ftdi.FT_SetDataCharacteristics(handle, static_cast<std::uint8_t>(wordLength),
+                                            static_cast<std::uint8_t>(stopBits),
+                                            static_cast<std::uint8_t>(parity)),
+             FT_OK);
+    QCOMPARE(ftdi.FT_SetFlowControl(handle, flow, 0x11, 0x13), FT_OK);
+
+    // What the driver holds for the line, seen through a second opening of the device. A
+    // pseudo-terminal keeps eight data bits and drops the parity enable whatever it is asked, so
+    // those two are left out; the parity's kind, the stop bits, the flow and the rate are kept.
+    const int fd = ::open(pty.slavePath().toLocal8Bit().constData(), O_RDONLY | O_NOCTTY);
+    QVERIFY(fd >= 0);
+    termios tio{};
+    QCOMPARE(tcgetattr(fd, &tio), 0);
+    const linkstest::LineSpeed speed = linkstest::lineSpeed(fd);
+    ::close(fd);
+    const tcflag_t shape = PARODD | CMSPAR | CSTOPB | CRTSCTS;
+    QCOMPARE(unsigned(tio.c_cflag & shape), cflag);
+    QCOMPARE(unsigned(tio.c_iflag & (IXON | IXOFF)), iflag);
+    QCOMPARE(tio.c_lflag & (ICANON | ECHO | ISIG), tcflag_t(0));
+    QCOMPARE(tio.c_oflag & OPOST, tcflag_t(0));
+    QCOMPARE(speed.out, baud);
+    QCOMPARE(speed.in, baud);
 }
 
 void FtdiBackends::kernel_gatheredBytesAreHeldThenHandedOverWhole_data() {
