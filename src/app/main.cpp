@@ -24,6 +24,7 @@
 #include "core/Setup.h"
 #include "core/SetupView.h"
 #include "core/WidgetDialogsView.h"
+#include "core/Yield.h"
 #include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
 #include "core/store/ReadingServer.h"
@@ -116,6 +117,7 @@ const char* const kUnattendedLogRules = "default.debug=false\n"
 } // namespace
 
 int main(int argc, char** argv) {
+    core::usePlainEventLoop();
     QStringList arguments;
     for (int i = 1; i < argc; ++i) {
         arguments << QString::fromLocal8Bit(argv[i]);

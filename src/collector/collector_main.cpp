@@ -7,6 +7,7 @@
 #include "Version.h"
 #include "core/AppHome.h"
 #include "core/FatalError.h"
+#include "core/Yield.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -55,6 +56,7 @@ int main(int argc, char** argv) {
         sigaddset(&held, number);
     }
     ::sigprocmask(SIG_BLOCK, &held, nullptr);
+    core::usePlainEventLoop();
     CollectorApplication application(argc, argv);
     collector::SignalPipe signals_;
     ::sigprocmask(SIG_UNBLOCK, &held, nullptr);

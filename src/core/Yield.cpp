@@ -10,4 +10,10 @@ void yieldToEvents() {
     }
 }
 
+void usePlainEventLoop() {
+    if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) {
+        qputenv("QT_NO_GLIB", "1");
+    }
+}
+
 } // namespace stellwyn::core
