@@ -56,7 +56,9 @@ void RealClock::waitForEvents(double seconds) {
     // A caller whose device cannot wake the loop (a driver library that is only asked for its
     // queue) asks for short waits and looks again; the rest are woken as their bytes arrive.
     constexpr int longestSleepMs = 60 * 1000;
-    const int ms = std::clamp(static_cast<int>(seconds * 1000.0), 1, longestSleepMs);
+    // Rounded up: a wait woken a fraction of a millisecond before its deadline would sleep a
+    // whole one more to reach it.
+    const int ms = std::clamp(static_cast<int>(std::ceil(seconds * 1000.0)), 1, longestSleepMs);
     // One timer bounds every yield of a wait: a reply wait yields for each few bytes that come
     // in, and a timer made and dropped at each of them cost more than the bytes did. It is set
     // again only when it would ring late, or so early that it would wake the loop for nothing.
