@@ -2,9 +2,11 @@
 
 #include "ScanTable.h"
 #include "core/InputBound.h"
+#include "core/Module1.h"
 
 #include <QByteArray>
 #include <QString>
+#include <array>
 #include <optional>
 
 namespace stellwyn::acquisition {
@@ -47,6 +49,8 @@ private:
     AcquisitionContext& c_;
     ScanTable scanTable_;
     core::CutNote receiveCut_;
+    // The scales of a network pass, by table entry, that did not answer their last request.
+    std::array<bool, core::scaleTableSize> silentLast_{};
 };
 
 } // namespace stellwyn::acquisition

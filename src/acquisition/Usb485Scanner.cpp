@@ -17,10 +17,10 @@ using core::yieldToEvents;
 namespace {
 // The read buffer of the adapter holds this much; more waiting is taken by the next read.
 constexpr links::DWORD readBufferSize = 256;
-// A request still on its way out, and a reply cell up to its CR: the earliest a reply can be
-// complete is when these have crossed the wire.
+// A request still on its way out, and a reply cell with its CR LF: the time these take on the
+// wire is the earliest a reply can be complete and have left the line.
 constexpr int requestBytes = 3;
-constexpr int cellBytesToCr = 10;
+constexpr int cellBytes = 11;
 } // namespace
 
 // The reply to one request of a network pass on the USB-RS485 adapter.
@@ -39,14 +39,28 @@ void Scanners::USB485_inputscan() {
     // chunk of cells, and the cells behind the first are read from it.
     QByteArray lastChunk;
     bool printflag = false;
-    // No look finds a reply before a whole cell can have come. The bytes gather until the cell
-    // is all but in, and its last one is taken as it comes, so that a reply is no later than
-    // the wire makes it.
-    ftdi.gatherReceived(m.usbhandle, requestBytes + cellBytesToCr - 1);
+    // No look finds a reply before a whole cell can have come. The bytes gather for the wire
+    // time of the request and the whole cell, its LF too: most replies are then taken in one
+    // wakeup, a line end later than their CR came, where a look at the CR would cost one more
+    // wakeup for the CR and leave the LF in front of the next reply. A scale of the pass that
+    // did not answer its last request is not expected to answer this one: its wait is not
+    // broken for a gathering that would find nothing, and a reply that comes after all is
+    // taken as its bytes come.
+    const int asked = m.singlescale;
+    const bool pass = asked >= 0 && asked < m.scalecount && asked < core::scaleTableSize;
+    if (!pass || !silentLast_[static_cast<std::size_t>(asked)]) {
+        ftdi.gatherReceived(m.usbhandle, requestBytes + cellBytes);
+    }
+    if (pass) {
+        silentLast_[static_cast<std::size_t>(asked)] = false;
+    }
     ReplyWait wait(c_.clock, ftdi.wakesEventLoop());
     for (;;) {
         if (wait.over()) {
             // A silent scale: whatever it may still send is thrown away with the request.
+            if (pass) {
+                silentLast_[static_cast<std::size_t>(asked)] = true;
+            }
             m.usberrcount += 1;
             ftdi.FT_Purge(m.usbhandle, links::FT_PURGE_RX | links::FT_PURGE_TX);
             return;
