@@ -111,13 +111,13 @@ bool EthernetDemo::start(const core::AppHome& home, QString* error) {
     return true;
 }
 
-void startDemoMotion(links::FtdiApi& ftdi) {
+void startDemoMotion(links::FtdiApi& ftdi, const core::Clock& clock) {
     auto* simulated = dynamic_cast<links::SimFtdi*>(&ftdi);
     if (simulated == nullptr) {
         return;
     }
     sim::Bus& bus = simulated->bus();
-    const double now = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
+    const double now = sim::lineSeconds(clock);
     double start = now;
     for (const auto& indicator : bus.indicators()) {
         scheduleNextLoad(bus, indicator->netId(), start);

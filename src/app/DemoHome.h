@@ -43,7 +43,8 @@ private:
 };
 
 // Sets the simulated scales' loads moving, each to a new weight every few seconds, so that the
-// screen shows live weights. Does nothing unless the library is the simulated one.
-void startDemoMotion(links::FtdiApi& ftdi);
+// screen shows live weights. Does nothing unless the library is the simulated one. The loads are
+// timed on the simulated line's own clock.
+void startDemoMotion(links::FtdiApi& ftdi, const core::Clock& clock);
 
 } // namespace stellwyn::app

@@ -298,7 +298,7 @@ int main(int argc, char** argv) {
             ftdi = links::makeFtdiApi(settings, showStatus, clock);
             usb = std::make_unique<links::UsbLink>(m, *ftdi, *dialogs);
             if (options.demo) {
-                app::startDemoMotion(*ftdi);
+                app::startDemoMotion(*ftdi, clock);
             }
         }
         display::Form1Services services{m,

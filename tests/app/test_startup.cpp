@@ -2,10 +2,12 @@
 // compaction, the chooser, loadsettings, and the frame's place and menu.
 #include "RecordingDialogs.h"
 #include "TempHome.h"
+#include "app/DemoHome.h"
 #include "app/FrmMain.h"
 #include "app/FrmMainView.h"
 #include "app/Main.h"
 #include "core/AppHome.h"
+#include "core/Clock.h"
 #include "core/FatalError.h"
 #include "core/Getdatapath.h"
 #include "core/LoadSettings.h"
@@ -14,6 +16,9 @@
 #include "core/store/Connection.h"
 #include "core/store/ConnectionText.h"
 #include "core/store/CreateDatabase.h"
+#include "links/SimFtdi.h"
+#include "sim/Indicator.h"
+#include "sim/WireTime.h"
 
 #include <QApplication>
 #include <QDir>
@@ -86,6 +91,7 @@ private slots:
     void frame_closedMinimized_keepsPlace();
     void frame_setupMenu_refusedWhileScreenUp_data();
     void frame_setupMenu_refusedWhileScreenUp();
+    void demo_loadsMoveOnTheLineClock();
 };
 
 void Startup_::firstStart_nothingAnywhere_tellsInOrderThenFails() {
@@ -387,4 +393,19 @@ void Startup_::frame_setupMenu_refusedWhileScreenUp() {
 }
 
 QTEST_MAIN(Startup_)
+void Startup_::demo_loadsMoveOnTheLineClock() {
+    // The line's clock is the monotonic one; loads timed on the wall clock would be due in
+    // decades, and the demonstration would show 0.0 for good.
+    core::VirtualClock clock(QDateTime(QDate(2026, 11, 24), QTime(9, 0)));
+    links::SimFtdi ftdi({130, 131, 132}, clock);
+    app::startDemoMotion(ftdi, clock);
+    clock.advance(12.0);
+    ftdi.bus().advanceTo(sim::lineSeconds(clock));
+    int loaded = 0;
+    for (const auto& indicator : ftdi.bus().indicators()) {
+        loaded += indicator->weight().valueAt(sim::lineSeconds(clock)) > 0.0 ? 1 : 0;
+    }
+    QVERIFY(loaded > 0);
+}
+
 #include "test_startup.moc"
