@@ -158,34 +158,16 @@ void KernelChannel::write(const QByteArray& bytes) {
     if (!usable()) {
         return;
     }
-    // A request goes straight to the driver; only what it will not take yet waits here, sent on
-    // as the device can take it, behind nothing and before anything written later.
-    qsizetype sent = 0;
-    while (pending_.isEmpty() && sent < bytes.size()) {
-        const ssize_t n =
-            ::write(fd_, bytes.constData() + sent, static_cast<size_t>(bytes.size() - sent));
-        if (n > 0) {
-            sent += n;
-        } else if (n < 0 && errno == EINTR) {
-            continue;
-        } else if (n < 0 && errno != EAGAIN) {
-            failed(errno);
-            return;
-        } else {
-            break;
-        }
-    }
-    if (sent == bytes.size()) {
-        return;
-    }
-    if (pending_.size() + bytes.size() - sent > pendingCap) {
+    // What the driver will not take yet waits here and is sent on as the device can take it,
+    // in order, before anything written later; a request mostly goes straight through.
+    if (pending_.size() + bytes.size() > pendingCap) {
         countLinkError();
         qCWarning(lcFtdi, "%s: the device takes nothing; %lld bytes not sent", qPrintable(path_),
-                  static_cast<long long>(bytes.size() - sent));
+                  static_cast<long long>(bytes.size()));
         return;
     }
-    pending_.append(bytes.constData() + sent, bytes.size() - sent);
-    writable_->setEnabled(true);
+    pending_.append(bytes);
+    sendPending();
 }
 
 void KernelChannel::sendPending() {
@@ -195,12 +177,12 @@ void KernelChannel::sendPending() {
             pending_.remove(0, n);
         } else if (n < 0 && errno == EINTR) {
             continue;
+        } else if (n < 0 && errno != EAGAIN) {
+            failed(errno);
+            pending_.clear();
+            break;
         } else {
-            if (n < 0 && errno != EAGAIN) {
-                failed(errno);
-                pending_.clear();
-                break;
-            }
+            writable_->setEnabled(true);
             return;
         }
     }

@@ -68,6 +68,17 @@ struct Station {
     }
 };
 
+// One adapter under the kernel backend: a pseudo-terminal, the only entry of the device list.
+// The backend reads its list when asked, so it may be made before the entry is written.
+struct KernelAdapter {
+    PtyPair pty;
+    Station s;
+    links::KernelFtdi ftdi{s.settings};
+    FtHandle handle = 0;
+
+    KernelAdapter() { s.usbSetting("Devices", pty.slavePath()); }
+};
+
 } // namespace
 
 class FtdiBackends : public QObject {
@@ -173,11 +184,9 @@ void FtdiBackends::kernel_bytesPassBothWaysAndPurgeEmpties() {
 }
 
 void FtdiBackends::kernel_oneHolderPerDevice() {
-    PtyPair pty;
-    QVERIFY(pty.ok());
-    Station s;
-    s.usbSetting("Devices", pty.slavePath());
-    links::KernelFtdi ftdi(s.settings);
+    KernelAdapter adapter;
+    links::KernelFtdi& ftdi = adapter.ftdi;
+    QVERIFY(adapter.pty.ok());
     FtHandle first = 0;
     FtHandle second = 0;
 
@@ -216,12 +225,9 @@ void FtdiBackends::kernel_lineReachesTheDevice() {
     QFETCH(std::uint16_t, flow);
     QFETCH(unsigned, cflag);
     QFETCH(unsigned, iflag);
-    PtyPair pty;
+    KernelAdapter adapter;
+    auto& [pty, station, ftdi, handle] = adapter;
     QVERIFY(pty.ok());
-    Station s;
-    s.usbSetting("Devices", pty.slavePath());
-    links::KernelFtdi ftdi(s.settings);
-    FtHandle handle = 0;
     QCOMPARE(ftdi.FT_Open(0, handle), FT_OK);
     QCOMPARE(ftdi.FT_SetBaudRate(handle, baud), FT_OK);
     QCOMPARE(ftdi.FT_SetDataCharacteristics(handle, static_cast<std::uint8_t>(wordLength),
@@ -257,12 +263,9 @@ void FtdiBackends::kernel_gatheredBytesAreHeldThenHandedOverWhole_data() {
 
 void FtdiBackends::kernel_gatheredBytesAreHeldThenHandedOverWhole() {
     QFETCH(QString, takenBy);
-    PtyPair pty;
+    KernelAdapter adapter;
+    auto& [pty, station, ftdi, handle] = adapter;
     QVERIFY(pty.ok());
-    Station s;
-    s.usbSetting("Devices", pty.slavePath());
-    links::KernelFtdi ftdi(s.settings);
-    FtHandle handle = 0;
     QCOMPARE(ftdi.FT_Open(0, handle), FT_OK);
     QCOMPARE(ftdi.FT_SetBaudRate(handle, 9600), FT_OK);
     QCOMPARE(ftdi.FT_SetTimeouts(handle, 500, 0), FT_OK);
